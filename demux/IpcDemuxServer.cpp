@@ -1,0 +1,201 @@
+#include "tessarine/IpcDemuxServer.h"
+
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "transport/UnixSocket.h"
+
+namespace tessarine {
+
+namespace {
+
+enum Command : std::uint32_t {
+    START = 0,
+    STOP = 1,
+    SET_PID = 2,
+    SET_TABLE_ID = 3,
+    SET_POSITIVE_FILTER = 4,
+    SET_GREATER_THAN_FILTER = 5,
+    SET_LESS_THAN_FILTER = 6,
+    SET_XOR_FILTER = 7,
+    SET_TIME_OUT = 8,
+    CLEAR_TABLE_ID = 9,
+    CLEAR_POSITIVE_FILTER = 10,
+    CLEAR_LESS_THAN_FILTER = 11,
+    CLEAR_XOR_FILTER = 12,
+    READ_SECTION = 13,
+};
+
+}  // namespace
+
+IpcDemuxServer::IpcDemuxServer() : IpcDemuxServer(DEMUX_SOCKET_PATH) {}
+
+IpcDemuxServer::IpcDemuxServer(std::string path) : path_(std::move(path)) {}
+
+IpcDemuxServer::~IpcDemuxServer() {
+    stop();
+    if (thread_.joinable()) thread_.join();
+}
+
+void IpcDemuxServer::setListener(IpcDemuxServerListener* listener) {
+    listener_.store(listener);
+}
+
+void IpcDemuxServer::start() {
+    if (running_.load()) return;
+    if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
+
+    FileDescriptor fd = unix_socket::create();
+    if (!fd.valid()) return;
+    if (!unix_socket::bindAndListen(fd.get(), path_, path_.size())) return;
+    {
+        std::lock_guard<std::mutex> state(stateLock_);
+        listenFd_ = std::move(fd);
+        stopping_ = false;
+    }
+    thread_ = std::thread(&IpcDemuxServer::run, this);
+    running_.store(true);
+}
+
+void* IpcDemuxServer::run(void* self) {
+    if (self != nullptr) static_cast<IpcDemuxServer*>(self)->serve();
+    return nullptr;
+}
+
+void IpcDemuxServer::serve() {
+    running_.store(true);
+    while (acceptClient()) serveClient();
+}
+
+bool IpcDemuxServer::acceptClient() {
+    const int fd = unix_socket::acceptClient(listenFd_.get());
+    const int acceptError = errno;
+    std::lock_guard<std::mutex> state(stateLock_);
+    if (stopping_) {
+        if (fd >= 0) ::close(fd);
+        return false;
+    }
+    if (fd < 0) {
+        errno = acceptError;
+        std::perror("Can't accept new connections");
+        return false;
+    }
+    clientFd_.reset(fd);
+    return true;
+}
+
+void IpcDemuxServer::serveClient() {
+    std::int32_t command = 0;
+    while (receiveWord(command) && handleCommand(command)) {
+    }
+    std::lock_guard<std::mutex> state(stateLock_);
+    if (!stopping_) clientFd_.reset();  // the filter state is left as the client set it
+}
+
+bool IpcDemuxServer::receiveWord(std::int32_t& value) {
+    return unix_socket::receiveAll(clientFd_.get(), &value, sizeof value) == sizeof value;
+}
+
+bool IpcDemuxServer::receiveString(std::vector<unsigned char>& bytes) {
+    std::int32_t length = 0;
+    if (!receiveWord(length)) return false;
+    if (length <= 0) return true;  // zero or less is the empty string
+    if (length > MAX_FILTER_LENGTH) return false;
+    bytes.resize(static_cast<std::size_t>(length));
+    return unix_socket::receiveAll(clientFd_.get(), bytes.data(), bytes.size()) == bytes.size();
+}
+
+bool IpcDemuxServer::handleCommand(std::int32_t word) {
+    IpcDemuxServerListener* listener = listener_.load();
+    const auto command = static_cast<std::uint32_t>(word);
+    if (listener == nullptr || command > READ_SECTION) return true;  // only the word is consumed
+
+    switch (command) {
+    case START: listener->start(); break;
+    case STOP: listener->stop(); break;
+    case CLEAR_TABLE_ID: listener->clear_table_id(); break;
+    case CLEAR_POSITIVE_FILTER: listener->clear_positive_filter(); break;
+    case CLEAR_LESS_THAN_FILTER: listener->clear_less_than_filter(); break;
+    case CLEAR_XOR_FILTER: listener->clear_xor_filter(); break;
+    case SET_PID:
+    case SET_TABLE_ID: {
+        // A value that never arrives stays at its preset; the closed
+        // connection is noticed at the next command word.
+        std::int32_t value = -1;
+        receiveWord(value);
+        if (command == SET_PID) listener->set_pid(value);
+        else listener->set_table_id(value);
+        break;
+    }
+    case SET_TIME_OUT: {
+        std::int32_t value = 0;
+        receiveWord(value);
+        listener->set_time_out(value);
+        break;
+    }
+    case SET_POSITIVE_FILTER:
+    case SET_GREATER_THAN_FILTER:
+    case SET_LESS_THAN_FILTER:
+    case SET_XOR_FILTER: {
+        std::int32_t value = 0;
+        std::vector<unsigned char> first, second, third;
+        // A command cut short or over-long is dropped and ends the connection.
+        if (!receiveWord(value) || !receiveString(first) || !receiveString(second)) return false;
+        if (command == SET_XOR_FILTER) {
+            if (!receiveString(third)) return false;
+            listener->set_xor_filter(value, first, second, third);
+        } else if (command == SET_POSITIVE_FILTER) {
+            listener->set_positive_filter(value, first, second);
+        } else if (command == SET_GREATER_THAN_FILTER) {
+            listener->set_greater_than_filter(value, first, second);
+        } else {
+            listener->set_less_than_filter(value, first, second);
+        }
+        break;
+    }
+    case READ_SECTION: sendSection(listener->read_section()); break;
+    default: break;
+    }
+    return true;
+}
+
+void IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
+    // The length and the bytes leave in one buffer, not one call per byte.
+    const auto length = static_cast<std::int32_t>(section.size());
+    std::vector<unsigned char> out(sizeof length + section.size());
+    std::memcpy(out.data(), &length, sizeof length);
+    if (!section.empty()) std::memcpy(out.data() + sizeof length, section.data(), section.size());
+
+    const std::size_t sent = unix_socket::sendAll(clientFd_.get(), out.data(), out.size());
+    if (sent == out.size()) return;
+    if (sent < sizeof length) {
+        std::perror("Can't send size");
+        return;
+    }
+    // One report per section byte that did not leave, as per-byte sends would give.
+    const int error = errno;
+    for (std::size_t i = sent; i < out.size(); ++i) {
+        errno = error;
+        std::perror("Can't send data[i]");
+    }
+}
+
+void IpcDemuxServer::stop() {
+    if (!running_.load()) return;
+    {
+        std::lock_guard<std::mutex> state(stateLock_);
+        stopping_ = true;
+        if (listenFd_.valid()) ::shutdown(listenFd_.get(), SHUT_RDWR);
+        if (clientFd_.valid()) ::shutdown(clientFd_.get(), SHUT_RDWR);
+    }
+    if (thread_.joinable()) thread_.join();
+    std::lock_guard<std::mutex> state(stateLock_);
+    clientFd_.reset();
+    listenFd_.reset();
+    running_.store(false);
+}
+
+}  // namespace tessarine

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tessarine/Export.h"
+#include "tessarine/FileDescriptor.h"
+#include "tessarine/IpcDemuxServerListener.h"
+
+namespace tessarine {
+
+// Path of the demux socket in production.
+constexpr const char* DEMUX_SOCKET_PATH = "/dev/shm/ipcdemux.socket";
+
+// Serves the section-filter channel: a stream of 32-bit command words (host
+// byte order) with their arguments, handed to one listener on the server's
+// thread. Only read_section (13) is answered: the length, then the bytes.
+class TESSARINE_API IpcDemuxServer {
+public:
+    // The longest byte string a filter command may carry. A section is at
+    // most 4096 bytes, so no filter over one can use more; a longer length
+    // ends the connection instead of allocating for it.
+    static constexpr std::int32_t MAX_FILTER_LENGTH = 4096;
+
+    // Serves DEMUX_SOCKET_PATH.
+    IpcDemuxServer();
+    // Serves another path (at most 107 characters), so tests and side-by-side
+    // bridges do not touch the production socket.
+    explicit IpcDemuxServer(std::string path);
+    // Stops the server if it runs.
+    virtual ~IpcDemuxServer();
+
+    IpcDemuxServer(const IpcDemuxServer&) = delete;
+    IpcDemuxServer& operator=(const IpcDemuxServer&) = delete;
+
+    // Replaces the listener; null makes the server drop commands. Safe while
+    // the server runs; a call in progress finishes with the listener it had.
+    void setListener(IpcDemuxServerListener* listener);
+
+    // Opens, binds and listens (backlog 1), then starts the server thread.
+    // Does nothing while running; failures are written to stderr.
+    void start();
+
+    // Ends the thread (also when blocked in accept, a receive or a send),
+    // waits for it, then closes both descriptors. Does nothing when not
+    // running. Must not be called from the server thread.
+    void stop();
+
+    // Server-thread body; `self` is the server. Returns null.
+    static void* run(void* self);
+
+    bool isRunning() const { return running_.load(); }
+    const std::string& path() const { return path_; }
+
+private:
+    void serve();
+    bool acceptClient();
+    void serveClient();
+    // Carries out one command; false when the connection must end.
+    bool handleCommand(std::int32_t command);
+    bool receiveWord(std::int32_t& value);
+    bool receiveString(std::vector<unsigned char>& bytes);
+    void sendSection(const std::vector<unsigned char>& section);
+
+    std::atomic<IpcDemuxServerListener*> listener_{nullptr};
+    std::string path_;
+    std::atomic<bool> running_{false};
+    std::thread thread_;
+    std::mutex stateLock_;  // guards the descriptors and stopping_ against stop()
+    bool stopping_ = false;
+    FileDescriptor listenFd_;
+    FileDescriptor clientFd_;
+};
+
+}  // namespace tessarine

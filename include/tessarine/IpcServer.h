@@ -1,0 +1,86 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "tessarine/Export.h"
+#include "tessarine/FileDescriptor.h"
+#include "tessarine/IpcListener.h"
+#include "tessarine/SendBatch.h"
+#include "tessarine/message.h"
+
+namespace tessarine {
+
+// Path of the control socket in production.
+constexpr const char* CONTROL_SOCKET_PATH = "/dev/shm/ipc.socket";
+
+// Owns one Unix-domain stream socket and serves one client at a time on a
+// receive thread: cuts the stream into 1960-byte records, hands each to the
+// listener, reports connection start and end, and sends records back.
+class TESSARINE_API IpcServer {
+public:
+    // Copies `path`; `length` characters of it are used. A length above 107
+    // (a socket path holds 108 bytes with its NUL) or below 0 rejects the
+    // path, which start() then reports. `listener` is not owned; null
+    // discards every record.
+    IpcServer(IpcListener* listener, const char* path, int length);
+    virtual ~IpcServer();
+
+    IpcServer(const IpcServer&) = delete;
+    IpcServer& operator=(const IpcServer&) = delete;
+
+    // Opens, binds and listens (backlog 1), then starts the receive thread.
+    // Does nothing while running. Failures are written to stderr with the
+    // system's error text and leave the server stopped.
+    void start();
+
+    // Ends the receive thread and closes both descriptors. A connection ended
+    // this way gets neither the end-of-connection record nor
+    // clientDisconnected(). Does nothing when not running. Must not be called
+    // from the receive thread.
+    void stop();
+
+    // Sends one whole record to the connected client. False (and "Can't send
+    // message" on stderr) when it could not be sent whole.
+    bool sendMessage(message& record);
+    // Sends raw bytes as they are. False (and "Can't send raw message") when
+    // they could not be sent whole.
+    bool sendMessage(const void* data, unsigned int length);
+    // Sends a batch contiguously under one hold of the send lock. Each piece
+    // that could not be sent is reported with its own message. Returns
+    // whether the batch's last piece was sent (true for an empty batch).
+    bool send(const SendBatch& batch);
+
+    // Receive-thread body; `self` is the server. Returns null.
+    static void* run(void* self);
+
+    bool isRunning() const { return running_.load(); }
+    const std::string& path() const { return path_; }
+
+private:
+    void serve();
+    bool acceptClient();
+    // Serves the connection; false when stop() ended it.
+    bool serveClient();
+    // Writes to the client under the send lock; the bytes written, with errno
+    // set by the failed call when short. A stalled client is disconnected.
+    std::size_t writeToClient(const unsigned char* data, std::size_t length);
+    void closeClient();
+
+    IpcListener* listener_;
+    std::thread thread_;
+    std::mutex sendLock_;    // one record or batch leaves whole under it
+    std::mutex stateLock_;   // guards the descriptors and stopping_ for stop()
+    std::atomic<bool> running_{false};
+    bool stopping_ = false;
+    bool pathValid_;
+    std::string path_;
+    int pathLength_;
+    FileDescriptor listenFd_;
+    FileDescriptor clientFd_;  // written under both locks, read under either
+};
+
+}  // namespace tessarine

@@ -1,0 +1,181 @@
+#include "tessarine/IpcServer.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "transport/UnixSocket.h"
+
+namespace tessarine {
+
+namespace {
+
+// A client that accepts none of a record for this long is treated as gone:
+// a host thread sending an event must never block forever on it.
+constexpr int SEND_TIMEOUT_SECONDS = 5;
+
+void setSendTimeout(int fd) {
+    timeval timeout{};
+    timeout.tv_sec = SEND_TIMEOUT_SECONDS;
+    ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+}
+
+}  // namespace
+
+IpcServer::IpcServer(IpcListener* listener, const char* path, int length)
+    : listener_(listener),
+      pathValid_(path != nullptr && length >= 0 && length <= unix_socket::MAX_PATH_LENGTH),
+      path_(pathValid_ ? path : ""),
+      pathLength_(pathValid_ ? length : 0) {}
+
+IpcServer::~IpcServer() {
+    stop();
+    if (thread_.joinable()) thread_.join();
+}
+
+void IpcServer::start() {
+    if (running_.load()) return;
+    if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
+
+    FileDescriptor fd = unix_socket::create();
+    if (!fd.valid()) return;
+    if (!pathValid_) {
+        std::perror("Invalid file name or file name is too big");
+        return;
+    }
+    if (!unix_socket::bindAndListen(fd.get(), path_, static_cast<std::size_t>(pathLength_))) return;
+
+    {
+        std::lock_guard<std::mutex> state(stateLock_);
+        listenFd_ = std::move(fd);
+        stopping_ = false;
+    }
+    running_.store(true);
+    thread_ = std::thread(&IpcServer::run, this);
+}
+
+void* IpcServer::run(void* self) {
+    if (self != nullptr) static_cast<IpcServer*>(self)->serve();
+    return nullptr;
+}
+
+void IpcServer::serve() {
+    running_.store(true);
+    while (acceptClient() && serveClient()) {
+    }
+}
+
+bool IpcServer::acceptClient() {
+    const int fd = unix_socket::acceptClient(listenFd_.get());
+    const int acceptError = errno;
+    std::lock_guard<std::mutex> send(sendLock_);
+    std::lock_guard<std::mutex> state(stateLock_);
+    if (stopping_) {
+        if (fd >= 0) ::close(fd);
+        return false;
+    }
+    if (fd < 0) {
+        errno = acceptError;
+        std::perror("Can't accept new connections");
+        return false;
+    }
+    setSendTimeout(fd);
+    clientFd_.reset(fd);
+    return true;
+}
+
+bool IpcServer::serveClient() {
+    if (listener_ != nullptr) listener_->clientConnected();
+
+    message buffer;
+    buffer.clear();
+    for (;;) {
+        const std::size_t received = unix_socket::receiveAll(clientFd_.get(), buffer.bytes(), MESSAGE_SIZE);
+        // A record cut short by the peer's close is still delivered, with the
+        // previous record's tail; the next receive then ends the connection.
+        if (received > 0 && listener_ != nullptr) listener_->update(buffer);
+        if (received < MESSAGE_SIZE) break;
+    }
+
+    {
+        std::lock_guard<std::mutex> state(stateLock_);
+        if (stopping_) return false;  // stop() closes the descriptor; nothing is reported
+    }
+    if (listener_ != nullptr) {
+        buffer.type = MSG_VIDEO;
+        buffer.code = 2;  // VIDEO_RESET: the consumers reset video when the client goes
+        listener_->update(buffer);
+    }
+    closeClient();
+    if (listener_ != nullptr) listener_->clientDisconnected();
+    return true;
+}
+
+void IpcServer::closeClient() {
+    std::lock_guard<std::mutex> send(sendLock_);
+    std::lock_guard<std::mutex> state(stateLock_);
+    clientFd_.reset();
+}
+
+std::size_t IpcServer::writeToClient(const unsigned char* data, std::size_t length) {
+    const std::size_t sent = unix_socket::sendAll(clientFd_.get(), data, length);
+    if (sent < length && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+        // The stream is cut inside a record: end the connection, the
+        // receive thread then closes it as for any departed client.
+        const int error = errno;
+        ::shutdown(clientFd_.get(), SHUT_RDWR);
+        errno = error;
+    }
+    return sent;
+}
+
+bool IpcServer::sendMessage(message& record) {
+    std::lock_guard<std::mutex> send(sendLock_);
+    if (writeToClient(record.bytes(), MESSAGE_SIZE) == MESSAGE_SIZE) return true;
+    std::perror("Can't send message");
+    return false;
+}
+
+bool IpcServer::sendMessage(const void* data, unsigned int length) {
+    std::lock_guard<std::mutex> send(sendLock_);
+    if (writeToClient(static_cast<const unsigned char*>(data), length) == length) return true;
+    std::perror("Can't send raw message");
+    return false;
+}
+
+bool IpcServer::send(const SendBatch& batch) {
+    if (batch.empty()) return true;
+    std::lock_guard<std::mutex> send(sendLock_);
+    const std::size_t sent = writeToClient(batch.bytes_.data(), batch.bytes_.size());
+    if (sent == batch.bytes_.size()) return true;
+    // Report every piece that did not leave whole, as separate sends would.
+    const int error = errno;
+    for (const SendBatch::Piece& piece : batch.pieces_) {
+        if (piece.end <= sent) continue;
+        errno = error;
+        std::perror(piece.raw ? "Can't send raw message" : "Can't send message");
+    }
+    return false;
+}
+
+void IpcServer::stop() {
+    if (!running_.load()) return;
+    {
+        std::lock_guard<std::mutex> state(stateLock_);
+        stopping_ = true;
+        // Shutting down wakes the thread in accept or a receive; a send
+        // blocked on a stalled client fails and releases the send lock.
+        if (listenFd_.valid()) ::shutdown(listenFd_.get(), SHUT_RDWR);
+        if (clientFd_.valid()) ::shutdown(clientFd_.get(), SHUT_RDWR);
+    }
+    if (thread_.joinable()) thread_.join();  // no lock held: the thread may be sending
+    std::lock_guard<std::mutex> send(sendLock_);
+    std::lock_guard<std::mutex> state(stateLock_);
+    clientFd_.reset();
+    listenFd_.reset();
+    running_.store(false);
+}
+
+}  // namespace tessarine

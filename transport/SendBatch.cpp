@@ -1,0 +1,21 @@
+#include "tessarine/SendBatch.h"
+
+namespace tessarine {
+
+void SendBatch::add(const message& record) {
+    bytes_.insert(bytes_.end(), record.bytes(), record.bytes() + MESSAGE_SIZE);
+    pieces_.push_back({bytes_.size(), false});
+}
+
+void SendBatch::addRaw(const void* data, std::size_t length) {
+    const auto* begin = static_cast<const unsigned char*>(data);
+    bytes_.insert(bytes_.end(), begin, begin + length);
+    pieces_.push_back({bytes_.size(), true});
+}
+
+void SendBatch::clear() {
+    bytes_.clear();
+    pieces_.clear();
+}
+
+}  // namespace tessarine

@@ -1,0 +1,78 @@
+#include "transport/UnixSocket.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace tessarine {
+namespace unix_socket {
+
+FileDescriptor create() {
+    FileDescriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!fd.valid()) std::perror("Can't create socket");
+    return fd;
+}
+
+bool bindAndListen(int fd, const std::string& path, std::size_t length) {
+    ::unlink(path.c_str());  // a socket file left by an earlier run would block the bind
+
+    sockaddr_un address;
+    std::memset(&address, 0, sizeof address);
+    address.sun_family = AF_UNIX;
+    const std::size_t copied = strnlen(path.c_str(), length);
+    std::memcpy(address.sun_path, path.c_str(), copied);
+    const auto addressLength = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + copied);
+
+    if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), addressLength) == -1) {
+        std::perror("Can't bind filename");
+        return false;
+    }
+    if (::listen(fd, 1) != 0) {
+        std::perror("Can't listen socket");
+        return false;
+    }
+    return true;
+}
+
+int acceptClient(int listenFd) {
+    for (;;) {
+        const int fd = ::accept4(listenFd, nullptr, nullptr, SOCK_CLOEXEC);
+        if (fd >= 0 || errno != EINTR) return fd;
+    }
+}
+
+std::size_t sendAll(int fd, const void* data, std::size_t length) {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    std::size_t sent = 0;
+    while (sent < length) {
+        const ssize_t n = ::send(fd, bytes + sent, length - sent, MSG_NOSIGNAL);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            break;
+        }
+        sent += static_cast<std::size_t>(n);
+    }
+    return sent;
+}
+
+std::size_t receiveAll(int fd, void* data, std::size_t length) {
+    auto* bytes = static_cast<unsigned char*>(data);
+    std::size_t received = 0;
+    while (received < length) {
+        const ssize_t n = ::recv(fd, bytes + received, length - received, MSG_WAITALL);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            if (n == 0) errno = 0;
+            break;
+        }
+        received += static_cast<std::size_t>(n);
+    }
+    return received;
+}
+
+}  // namespace unix_socket
+}  // namespace tessarine

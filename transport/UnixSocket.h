@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "tessarine/FileDescriptor.h"
+
+namespace tessarine {
+namespace unix_socket {
+
+// Longest path a socket address holds, leaving room for its NUL.
+constexpr int MAX_PATH_LENGTH = 107;
+
+// A Unix-domain stream socket (close-on-exec, so a host's child processes
+// never inherit it). Invalid, with "Can't create socket" on stderr, on failure.
+FileDescriptor create();
+
+// Removes a stale file at the path, binds the first `length` characters of
+// `path` and listens with a backlog of 1. Reports "Can't bind filename" or
+// "Can't listen socket" with the system's error text and returns false.
+bool bindAndListen(int fd, const std::string& path, std::size_t length);
+
+// Accepts one connection (close-on-exec), retrying on EINTR. -1 on failure.
+int acceptClient(int listenFd);
+
+// Sends all bytes with MSG_NOSIGNAL (never SIGPIPE), continuing after partial
+// sends and EINTR. Returns the number sent; below `length`, errno says why.
+std::size_t sendAll(int fd, const void* data, std::size_t length);
+
+// Receives until `length` bytes have arrived, the peer closes, or an error.
+// Returns the number received; below `length`, errno says why (0 on close).
+std::size_t receiveAll(int fd, void* data, std::size_t length);
+
+}  // namespace unix_socket
+}  // namespace tessarine
