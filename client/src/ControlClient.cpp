@@ -125,6 +125,26 @@ Result<Answer> ControlClient::Impl::call(const message& record, std::optional<Ex
                                           " within the time limit");
 }
 
+Result<void> ControlClient::Impl::command(const message& record, Timeout timeout) {
+    auto answer = call(record, std::nullopt, timeout, false);
+    if (!answer) return answer.error();
+    return {};
+}
+
+Result<message> ControlClient::Impl::single(const message& record, Timeout timeout) {
+    auto answer = call(record, timeout);
+    if (!answer) return answer.error();
+    return answer->records.front();
+}
+
+std::optional<Error> ControlClient::Impl::putText(message& record, std::size_t offset, const std::string& text) {
+    if (text.size() > TEXT_FIELD_SIZE - 1 || text.find('\0') != std::string::npos) {
+        return Error(ErrorCode::InvalidArgument, "a text field holds at most 254 characters and no NUL");
+    }
+    writeTextField(record, offset, text);
+    return std::nullopt;
+}
+
 std::optional<std::pair<std::uint64_t, Expectation>> ControlClient::Impl::pendingCall() {
     std::lock_guard<std::mutex> lock(stateMutex_);
     if (!pending_ || pending_->answer || pending_->error) return std::nullopt;
