@@ -154,7 +154,16 @@ bool parseHex(const std::string& text, std::vector<std::uint8_t>& bytes) {
 std::string hexDump(const std::vector<std::uint8_t>& bytes, const std::string& indent) {
     std::ostringstream out;
     char buffer[24];
+    bool skipping = false;
     for (std::size_t offset = 0; offset < bytes.size(); offset += 16) {
+        // Repeated full lines collapse into one "*", as in hexdump(1).
+        const bool full = offset + 16 <= bytes.size();
+        if (full && offset >= 16 && std::equal(bytes.begin() + offset, bytes.begin() + offset + 16, bytes.begin() + offset - 16)) {
+            if (!skipping) out << indent << "*\n";
+            skipping = true;
+            continue;
+        }
+        skipping = false;
         std::snprintf(buffer, sizeof buffer, "%04zx", offset);
         out << indent << buffer << "  ";
         std::string ascii;
