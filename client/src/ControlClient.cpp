@@ -34,15 +34,15 @@ detail::Clock::time_point ControlClient::Impl::deadlineOf(Timeout timeout) const
 
 Result<void> ControlClient::Impl::connect(Timeout timeout) {
     const auto deadline = deadlineOf(timeout);
-    std::unique_lock<std::timed_mutex> callLock(callMutex_, deadline);
-    if (!callLock.owns_lock()) return Error(ErrorCode::TimedOut, "another call kept the client busy");
+    detail::CallGate::Pass pass(calls_, deadline);
+    if (!pass.granted()) return Error(ErrorCode::TimedOut, "another call kept the client busy past the time limit");
     auto connection = ensureConnected(deadline);
     if (!connection) return connection.error();
     return {};
 }
 
 void ControlClient::Impl::disconnect() {
-    std::lock_guard<std::timed_mutex> callLock(callMutex_);
+    detail::CallGate::Pass pass(calls_, Clock::time_point::max());
     dropConnection();
 }
 
@@ -84,10 +84,8 @@ Result<Answer> ControlClient::Impl::call(const message& record, Timeout timeout)
 Result<Answer> ControlClient::Impl::call(const message& record, std::optional<Expectation> expected, Timeout timeout,
                                          bool silenceIsAnswer) {
     const auto deadline = deadlineOf(timeout);
-    std::unique_lock<std::timed_mutex> callLock(callMutex_, deadline);
-    if (!callLock.owns_lock()) {
-        return Error(ErrorCode::TimedOut, "another call kept the client busy past the time limit");
-    }
+    detail::CallGate::Pass pass(calls_, deadline);
+    if (!pass.granted()) return Error(ErrorCode::TimedOut, "another call kept the client busy past the time limit");
     auto connection = ensureConnected(deadline);
     if (!connection) return connection.error();
 

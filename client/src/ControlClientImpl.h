@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 
+#include "CallGate.h"
 #include "Connection.h"
 #include "EventDispatcher.h"
 #include "Expectation.h"
@@ -15,8 +16,8 @@
 namespace tessarine {
 namespace client {
 
-// The state behind a ControlClient. Lock order: callMutex_ (held for a
-// whole call), then stateMutex_ (short sections only). Neither is held
+// The state behind a ControlClient. Lock order: a pass of calls_ (held for
+// a whole call), then stateMutex_ (short sections only). Neither is held
 // while a callback runs or while a reader thread is joined under stateMutex_.
 class ControlClient::Impl : private detail::ConnectionSink {
 public:
@@ -77,13 +78,13 @@ private:
     void connectionEnded(const Error& reason, bool deliberate) override;
 
     Clock::time_point deadlineOf(Timeout timeout) const;
-    // With callMutex_ held.
+    // With a pass of calls_.
     Result<std::shared_ptr<detail::Connection>> ensureConnected(Clock::time_point deadline);
     void dropConnection();
     Callbacks callbacksCopy();
     void dispatch(detail::Event event);
 
-    std::timed_mutex callMutex_;
+    detail::CallGate calls_;
     mutable std::mutex stateMutex_;
     std::condition_variable answered_;
     std::shared_ptr<detail::Connection> connection_;  // guarded by stateMutex_

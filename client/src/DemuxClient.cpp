@@ -8,6 +8,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "CallGate.h"
 #include "Socket.h"
 
 namespace tessarine {
@@ -40,22 +41,22 @@ public:
 
     Result<void> connect(Timeout timeout) {
         const auto deadline = deadlineOf(timeout);
-        std::unique_lock<std::timed_mutex> lock(mutex_, deadline);
-        if (!lock.owns_lock()) return busy();
+        detail::CallGate::Pass pass(calls_, deadline);
+        if (!pass.granted()) return busy();
         if (auto error = ensureConnected(deadline)) return *error;
         return {};
     }
 
     void disconnect() {
-        std::lock_guard<std::timed_mutex> lock(mutex_);
+        detail::CallGate::Pass pass(calls_, Clock::time_point::max());
         closeSocket();
     }
 
     // Sends one command with its arguments; with `answer`, reads the section.
     Result<Bytes> exchange(const std::vector<std::uint8_t>& bytes, bool answer, Timeout timeout) {
         const auto deadline = deadlineOf(timeout);
-        std::unique_lock<std::timed_mutex> lock(mutex_, deadline);
-        if (!lock.owns_lock()) return busy();
+        detail::CallGate::Pass pass(calls_, deadline);
+        if (!pass.granted()) return busy();
         if (auto error = ensureConnected(deadline)) return *error;
         const IoStatus sent = detail::writeAll(fd_, bytes.data(), bytes.size(), deadline);
         if (sent != IoStatus::Ok) return fail(sent, "sending a command");
@@ -110,7 +111,7 @@ private:
         fd_ = -1;
     }
 
-    std::timed_mutex mutex_;
+    detail::CallGate calls_;
     int fd_ = -1;
 };
 

@@ -33,7 +33,7 @@ message dsmcc(std::int32_t code, const std::string& text) {
 
 class ControlFramingTest : public ::testing::Test {
 protected:
-    ControlFramingTest() : bridge(dir.file("ipc.socket")), client(options()) {
+    ControlFramingTest() : bridge(dir.file("ipc.socket")) {
         client.onGraphicsSettings([this](const client::GraphicsSettings& g) { graphics.push(g); });
         client.onDownloadComplete([this](const client::DownloadComplete& d) { downloads.push(d); });
         client.onEndOfMedia([this](const client::EndOfMedia& e) { endsOfMedia.push(e.handle); });
@@ -59,12 +59,13 @@ protected:
 
     testing::TempDir dir;
     FakeBridge bridge;
-    ControlClient client;
-    std::thread server;
+    // The logs outlive the client, whose event thread writes to them.
     EventLog<client::GraphicsSettings> graphics;
     EventLog<client::DownloadComplete> downloads;
     EventLog<std::int32_t> endsOfMedia;
     EventLog<client::DsmccCommand> commands;
+    ControlClient client{options()};
+    std::thread server;
 };
 
 TEST_F(ControlFramingTest, EventsBeforeTheAnswerGoToCallbacksAndTheAnswerToTheCall) {

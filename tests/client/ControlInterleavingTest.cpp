@@ -16,7 +16,11 @@ namespace {
 constexpr int EVENTS_PER_KIND = 40;
 constexpr int CALLS_PER_THREAD = 30;
 
-class ControlInterleavingTest : public testing::BridgeFixture {};
+class ControlInterleavingTest : public testing::BridgeFixture {
+protected:
+    // A member, so that it outlives the client (TearDown destroys the client).
+    testing::EventLog<std::string> events;
+};
 
 TEST_F(ControlInterleavingTest, EventsNeverAnswerCallsAndArriveOnce) {
     // Long answers: many records, and trailing data after each.
@@ -34,7 +38,6 @@ TEST_F(ControlInterleavingTest, EventsNeverAnswerCallsAndArriveOnce) {
         s.value0 = i;
         stub.services.push_back(s);
     }
-    testing::EventLog<std::string> events;
     client->onEndOfMedia([&](const client::EndOfMedia& e) { events.push("media " + std::to_string(e.handle)); });
     client->onDownloadComplete([&](const client::DownloadComplete& d) { events.push("download " + d.first); });
     client->onDsmccCommand([&](const client::DsmccCommand& c) {

@@ -23,6 +23,12 @@ protected:
         EXPECT_TRUE(client->checkVersion(0));
         return stub.log();
     }
+
+    // Members, so that they outlive the client (TearDown destroys the client).
+    testing::EventLog<client::DownloadComplete> downloads;
+    testing::EventLog<client::GraphicsSettings> graphics;
+    testing::EventLog<client::DsmccCommand> commands;
+    testing::EventLog<std::int32_t> ends;
 };
 
 TEST_F(ControlRoundTripTest, VideoAndGraphics) {
@@ -237,10 +243,6 @@ TEST_F(ControlRoundTripTest, ServiceInformation) {
 }
 
 TEST_F(ControlRoundTripTest, EventsFromHostThreads) {
-    testing::EventLog<client::DownloadComplete> downloads;
-    testing::EventLog<client::GraphicsSettings> graphics;
-    testing::EventLog<client::DsmccCommand> commands;
-    testing::EventLog<std::int32_t> ends;
     client->onDownloadComplete([&](const client::DownloadComplete& d) { downloads.push(d); });
     client->onGraphicsSettings([&](const client::GraphicsSettings& g) { graphics.push(g); });
     client->onDsmccCommand([&](const client::DsmccCommand& c) { commands.push(c); });

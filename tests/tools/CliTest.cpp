@@ -10,7 +10,7 @@
 
 #include "client/BridgeFixture.h"
 #include "tessarine/ConnectionListener.h"
-#include "tessarine/IpcDemuxServerListener.h"
+#include "client/RecordingFilter.h"
 
 namespace tessarine {
 namespace {
@@ -20,28 +20,6 @@ using Json = nlohmann::json;
 struct CliRun {
     int exitCode = -1;
     std::string out;
-};
-
-// One section for every read; other filter commands are ignored.
-class FixedSection : public IpcDemuxServerListener {
-public:
-    std::vector<unsigned char> section{0x4e, 0xf0, 0x11};
-    std::atomic<int> pid{-1};
-    void start() override {}
-    void stop() override {}
-    void set_pid(int p) override { pid = p; }
-    void set_table_id(int) override {}
-    void set_positive_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&) override {}
-    void set_greater_than_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&) override {}
-    void set_less_than_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&) override {}
-    void set_xor_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&,
-                        const std::vector<unsigned char>&) override {}
-    void set_time_out(long) override {}
-    void clear_table_id() override {}
-    void clear_positive_filter() override {}
-    void clear_less_than_filter() override {}
-    void clear_xor_filter() override {}
-    std::vector<unsigned char> read_section() override { return section; }
 };
 
 class Connections : public ConnectionListener {
@@ -146,11 +124,12 @@ TEST_F(CliTest, WatchPrintsOneJsonLinePerEventAndAnswersAppState) {
 }
 
 TEST_F(CliTest, DemuxReadSetsThePidAndDumpsTheSection) {
-    FixedSection filter;
+    testing::RecordingFilter filter;
+    filter.section = {0x4e, 0xf0, 0x11};
     hub->addIpcDemuxServerListener(&filter);
     const Json section = json("demux read --pid 0x12 --table 0x4e --timeout 2000");
     EXPECT_EQ(section, (Json{{"length", 3}, {"section", "4ef011"}}));
-    EXPECT_EQ(filter.pid, 0x12);
+    EXPECT_EQ(filter.log(), (std::vector<std::string>{"pid 18", "table 78", "start"}));
     const CliRun dump = cli("demux section");
     EXPECT_NE(dump.out.find("0000  4e f0 11"), std::string::npos) << dump.out;
     hub->addIpcDemuxServerListener(nullptr);

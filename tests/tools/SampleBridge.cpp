@@ -4,34 +4,9 @@
 #include <cstdio>
 #include <thread>
 
+#include "client/RecordingFilter.h"
 #include "client/StubListener.h"
 #include "tessarine/IpcServerManager.h"
-
-namespace {
-
-class SampleSection : public tessarine::IpcDemuxServerListener {
-public:
-    void start() override {}
-    void stop() override {}
-    void set_pid(int) override {}
-    void set_table_id(int) override {}
-    void set_positive_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&) override {}
-    void set_greater_than_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&) override {}
-    void set_less_than_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&) override {}
-    void set_xor_filter(int, const std::vector<unsigned char>&, const std::vector<unsigned char>&,
-                        const std::vector<unsigned char>&) override {}
-    void set_time_out(long) override {}
-    void clear_table_id() override {}
-    void clear_positive_filter() override {}
-    void clear_less_than_filter() override {}
-    void clear_xor_filter() override {}
-    std::vector<unsigned char> read_section() override {
-        return {0x4e, 0xf0, 0x15, 0x00, 0x01, 0xc1, 0x00, 0x00, 0x00, 0x01, 0x00, 0x01,
-                0x01, 0x4e, 0x00, 0x01, 0x48, 0x65, 0x6c, 0x6c, 0x6f, 0x2e, 0x9a, 0x3b};
-    }
-};
-
-}  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -41,7 +16,9 @@ int main(int argc, char** argv) {
     using namespace tessarine;
     IpcServerManager::setSocketDirectory(argv[1]);
     static testing::StubListener stub;
-    static SampleSection section;
+    static testing::RecordingFilter section;
+    section.section = {0x4e, 0xf0, 0x15, 0x00, 0x01, 0xc1, 0x00, 0x00, 0x00, 0x01, 0x00, 0x01,
+                       0x01, 0x4e, 0x00, 0x01, 0x48, 0x65, 0x6c, 0x6c, 0x6f, 0x2e, 0x9a, 0x3b};
     stub.bounds[0] = 0, stub.bounds[1] = 0, stub.bounds[2] = 1920, stub.bounds[3] = 1080;
     stub.languages = {"por", "eng", "spa"};
     stub.propertyValue = "pt-BR";
