@@ -56,6 +56,10 @@ void expectWords(const std::vector<std::string>& words, std::size_t low, std::si
 
 }  // namespace
 
+namespace {
+const char* const NO_CLIENT = "not sent: no client connected";
+}
+
 bool Console::execute(const std::string& line) {
     std::istringstream in(line);
     std::vector<std::string> words;
@@ -80,7 +84,7 @@ bool Console::execute(const std::string& line) {
             int v[8];
             for (int i = 0; i < 8; ++i) v[i] = int32(words[static_cast<std::size_t>(i) + 1], "each value");
             const bool sent = simulator_.video().changeGraphics({v[0], v[1], v[2], v[3]}, {v[4], v[5], v[6], v[7]});
-            out_ << (sent ? "graphics settings sent" : "no graphics listener") << '\n';
+            out_ << (sent ? "graphics settings sent" : simulator_.hasClient() ? "no graphics listener" : NO_CLIENT) << '\n';
         } else if (command == "dsmcc") {
             if (words.size() < 4) throw std::invalid_argument("usage: dsmcc CODE VALUE BYTE TEXT");
             ipcutil::DsmCCCommand_t event{int32(words[1], "CODE"),
@@ -95,11 +99,11 @@ bool Console::execute(const std::string& line) {
             if (at != std::string::npos) at = line.find_first_not_of(" \t", at);
             if (at != std::string::npos) event.commandText = line.substr(at);
             const bool sent = simulator_.dsmcc().deliver("nclEditingCommand", event);
-            out_ << (sent ? "stream event sent" : "no stream event listener") << '\n';
+            out_ << (sent ? "stream event sent" : simulator_.hasClient() ? "no stream event listener" : NO_CLIENT) << '\n';
         } else if (command == "download") {
             expectWords(words, 1, 2, "download FIRST [SECOND]");
             const bool sent = simulator_.carousel().notifyDownload(words[1], words.size() > 2 ? words[2] : "");
-            out_ << (sent ? "download notice sent" : "no carousel listener") << '\n';
+            out_ << (sent ? "download notice sent" : simulator_.hasClient() ? "no carousel listener" : NO_CLIENT) << '\n';
         } else if (command == "eom") {
             expectWords(words, 1, 1, "eom HANDLE");
             const int handle = int32(words[1], "HANDLE");

@@ -67,7 +67,7 @@ bool SimCarouselFacade::notifyDownload(const std::string& first, const std::stri
         listeners = listeners_;
     }
     if (listeners.empty()) return false;
-    return gate_.pass([&] {
+    return gate_.pass("download " + quoted(first), [&] {
         for (auto* listener : listeners) {
             if (second.empty())
                 listener->downloadComplete(first);

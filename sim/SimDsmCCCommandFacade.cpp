@@ -27,7 +27,7 @@ bool SimDsmCCCommandFacade::deliver(const std::string& eventName, const ipcutil:
             if (entry.first == eventName) targets.push_back(entry.second);
     }
     if (targets.empty()) return false;
-    return gate_.pass([&] {
+    return gate_.pass("stream event " + quoted(eventName), [&] {
         for (auto* listener : targets) listener->commandReceived(command);
         log_.event(Family::Dsmcc, command.commandCode,
                    eventName + " value " + std::to_string(command.commandValue) + " byte " +

@@ -129,7 +129,7 @@ bool SimVideoFacade::changeGraphics(ipcutil::Rectangle_t first, ipcutil::Rectang
         listeners = graphicsListeners_;
     }
     if (listeners.empty()) return false;
-    return gate_.pass([&] {
+    return gate_.pass("graphics settings change", [&] {
         for (auto* listener : listeners) listener->graphicsSettingsChanged(first, second);
         log_.event(Family::Video, 17, "graphics settings " + rectText(first) + " " + rectText(second));
     });
@@ -349,7 +349,7 @@ void SimVideoFacade::deliverEnd(int handle, const std::set<middlewarefacade::Med
         log_.note("end of media for handle " + std::to_string(handle) + ": no listener");
         return;
     }
-    gate_.pass([&] {
+    gate_.pass("end of media for handle " + std::to_string(handle), [&] {
         for (auto* listener : listeners) listener->endOfMedia(handle);
         log_.event(Family::Media, 16, "end of media, handle " + std::to_string(handle));
     });

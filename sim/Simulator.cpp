@@ -17,6 +17,7 @@ Simulator* Simulator::installed() { return current.load(); }
 Simulator::Simulator(const Scenario& scenario, RequestLog& log)
     : scenario_(scenario),
       log_(log),
+      gate_(log),
       video_(scenario.video, scenario.media, scheduler_, gate_, log),
       property_(scenario.properties, log),
       si_(scenario.si, log),
@@ -38,6 +39,7 @@ void Simulator::clientConnected() {
         std::lock_guard<std::mutex> lock(connectionMutex_);
         connected_ = true;
     }
+    gate_.setClient(true);
     connectionChanged_.notify_all();
     log_.note("client connected");
     startTimeline();
@@ -48,6 +50,7 @@ void Simulator::clientDisconnected() {
         std::lock_guard<std::mutex> lock(connectionMutex_);
         connected_ = false;
     }
+    gate_.setClient(false);
     ++timeline_;
     log_.note("client disconnected");
 }

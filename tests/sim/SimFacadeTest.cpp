@@ -51,6 +51,7 @@ protected:
 TEST_F(SimulatorTest, MediaPlayInRealTimeAndEndOnceForEveryListener) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a.mp4", "duration": 300}]})");
     Simulator sim(scenario, log);
+    sim.clientConnected();
     auto& video = sim.video();
     int handle = 0;
     EXPECT_FALSE(video.open("missing.mp4", handle));
@@ -85,6 +86,7 @@ TEST_F(SimulatorTest, MediaPlayInRealTimeAndEndOnceForEveryListener) {
 TEST_F(SimulatorTest, StopSeekAndCloseCancelTheScheduledEnd) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 150}]})");
     Simulator sim(scenario, log);
+    sim.clientConnected();
     auto& video = sim.video();
     RecordingBridge bridge;
     int stopped = 0, sought = 0, closed = 0;
@@ -149,6 +151,7 @@ TEST_F(SimulatorTest, DownloadsFollowAMountWhileAListenerIsRegistered) {
                                                          {"after": 0.3, "first": "two", "second": "2"}]},
         {"name": "c2", "mount": "/mnt/c2", "downloads": [{"after": 0.05, "first": "never"}]}]})");
     Simulator sim(scenario, log);
+    sim.clientConnected();
     auto& carousel = sim.carousel();
     RecordingBridge bridge;
     EXPECT_EQ(carousel.mount("unknown"), "");
@@ -187,7 +190,7 @@ TEST_F(SimulatorTest, TheTimelineStartsWithEachClientAndStopsWhenItLeaves) {
     EXPECT_EQ(bridge.log.size(), seen.size()) << "the repeat ends with the connection";
 }
 
-TEST_F(SimulatorTest, NothingReachesTheBridgeAfterQuiesce) {
+TEST_F(SimulatorTest, NothingReachesTheBridgeWithoutAClientOrAfterQuiesce) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 50}]})");
     Simulator sim(scenario, log);
     RecordingBridge bridge;
@@ -195,6 +198,9 @@ TEST_F(SimulatorTest, NothingReachesTheBridgeAfterQuiesce) {
     sim.video().open("a", handle);
     sim.video().addMediaListener(handle, &bridge);
     sim.video().addGraphicsSettingsListener(&bridge);
+    EXPECT_FALSE(sim.video().changeGraphics({}, {})) << "no client yet";
+    EXPECT_NE(logText.str().find("graphics settings change dropped: no client connected"), std::string::npos);
+    sim.clientConnected();
     sim.video().play(handle);
     sim.quiesce();
     EXPECT_FALSE(sim.video().changeGraphics({}, {}));
@@ -231,6 +237,7 @@ TEST_F(SimulatorTest, SectionsAndTunerListsFollowTheirFilters) {
 TEST_F(SimulatorTest, TheConsoleRunsCommandsAndAnswersBadOnesWithOneLine) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 5000}]})");
     Simulator sim(scenario, log);
+    sim.clientConnected();
     RecordingBridge bridge;
     sim.dsmcc().addCommandListener("nclEditingCommand", &bridge);
     sim.carousel().addCarouselListener(&bridge);
@@ -269,7 +276,7 @@ TEST_F(SimulatorTest, TheConsoleRunsCommandsAndAnswersBadOnesWithOneLine) {
     EXPECT_EQ(lines[5], "error: usage: graphics X Y W H X Y W H");
     EXPECT_EQ(lines[6].rfind("error: BYTE must be an integer from 0 to 255", 0), 0u) << lines[6];
     EXPECT_EQ(lines[8], "no player with handle 7");
-    EXPECT_EQ(lines[9], "client: not connected");
+    EXPECT_EQ(lines[9], "client: connected");
     EXPECT_NE(lines[10].find("media 2 "), std::string::npos) << lines[10];  // open and listen; eom is no request
     EXPECT_EQ(lines[11], "events sent: 3");
 }

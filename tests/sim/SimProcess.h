@@ -64,15 +64,18 @@ public:
     std::string out() const { return read(stdout_); }
     std::string err() const { return read(stderr_); }
 
-    // Waits until standard output holds `text`.
-    bool waitForOutput(const std::string& text, std::chrono::milliseconds patience) const {
+    // Waits until standard output (or error) holds `text`.
+    bool waitForOutput(const std::string& text, std::chrono::milliseconds patience, bool error = false) const {
         const auto until = std::chrono::steady_clock::now() + patience;
-        while (out().find(text) == std::string::npos) {
+        while ((error ? err() : out()).find(text) == std::string::npos) {
             if (std::chrono::steady_clock::now() >= until) return false;
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
         return true;
     }
+    // Waits until the bridge is up with its facades, which the program
+    // announces; a request before that gets the bridge's defaults.
+    bool waitUntilServing() const { return waitForOutput("tessarine-sim: serving", std::chrono::milliseconds(10000), true); }
 
 private:
     static std::string read(const std::string& path) {

@@ -42,6 +42,11 @@ protected:
         arguments.insert(arguments.end(), more.begin(), more.end());
         return std::make_unique<SimProcess>(arguments, files.path());
     }
+    std::unique_ptr<SimProcess> startServing(const std::string& scenario, std::vector<std::string> more = {}) {
+        auto sim = start(scenario, std::move(more));
+        EXPECT_TRUE(sim->waitUntilServing()) << sim->err();
+        return sim;
+    }
     std::string controlPath() const { return sockets.path() + "/ipc.socket"; }
 
     // A request answered by one record with the request's type and code.
@@ -114,7 +119,7 @@ constexpr const char* FAMILIES_SCENARIO = R"({
 })";
 
 TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
-    auto sim = start(FAMILIES_SCENARIO);
+    auto sim = startServing(FAMILIES_SCENARIO);
     ControlTestClient client(controlPath(), 5000ms);
     ASSERT_TRUE(client.connected()) << sim->err();
 
@@ -193,7 +198,7 @@ TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
 }
 
 TEST_F(SimProgram, AOneSecondMediumPlayedToTheEndEndsOnce) {
-    auto sim = start(FAMILIES_SCENARIO);
+    auto sim = startServing(FAMILIES_SCENARIO);
     ControlTestClient client(controlPath(), 5000ms);
     ASSERT_TRUE(client.connected()) << sim->err();
     message open = makeRecord(MSG_MEDIA, 0);
@@ -219,7 +224,7 @@ TEST_F(SimProgram, AOneSecondMediumPlayedToTheEndEndsOnce) {
 TEST_F(SimProgram, AScheduledStreamEventArrivesWithItsTextWhole) {
     std::string text;
     for (int i = 0; text.size() < 2500; ++i) text += "word" + std::to_string(i) + " ";
-    auto sim = start(R"({"streamEvents": [{"at": 0.2, "code": 5, "value": 123456789012, "byte": 200, "text": ")" +
+    auto sim = startServing(R"({"streamEvents": [{"at": 0.2, "code": 5, "value": 123456789012, "byte": 200, "text": ")" +
                      text + "\"}]}");
     ControlTestClient client(controlPath(), 5000ms);
     ASSERT_TRUE(client.connected()) << sim->err();
@@ -242,7 +247,7 @@ TEST_F(SimProgram, AScheduledStreamEventArrivesWithItsTextWhole) {
 }
 
 TEST_F(SimProgram, AppStateFromAScriptReachesAClientThatAnswers) {
-    auto sim = start("{}", {"--script", writeFile("script", "waitclient 10\nappstate 4\nquit\n")});
+    auto sim = startServing("{}", {"--script", writeFile("script", "waitclient 10\nappstate 4\nquit\n")});
     ControlTestClient client(controlPath(), 5000ms);
     ASSERT_TRUE(client.connected()) << sim->err();
     auto request = client.receive(5000ms);
@@ -259,6 +264,7 @@ TEST_F(SimProgram, AppStateFromAScriptReachesAClientThatAnswers) {
 TEST_F(SimProgram, SigtermWithAClientConnectedEndsTheProgramCleanly) {
     auto sim = std::make_unique<SimProcess>(std::vector<std::string>{"--socket-dir", sockets.path(), "--quiet"},
                                             files.path());
+    ASSERT_TRUE(sim->waitUntilServing()) << sim->err();
     ControlTestClient client(controlPath(), 5000ms);
     ASSERT_TRUE(client.connected()) << sim->err();
     EXPECT_EQ(ask(client, makeRecord(MSG_VERSION, 1)).payload[0], 1) << "the built-in scenario sets flag 1";
