@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -117,6 +119,21 @@ TEST(Scenario, ValuesLandInTheFacadeRecords) {
     EXPECT_EQ(stream.name, "nclEditingCommand");
     ASSERT_TRUE(stream.every.has_value());
     EXPECT_DOUBLE_EQ(*stream.every, 2.0);
+}
+
+std::string readSource(const std::string& path) {
+    std::ifstream in(std::string(TESSARINE_SOURCE_DIR) + "/" + path);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+TEST(Scenario, TheGuideShowsTheBuiltInScenarioAsItIs) {
+    const std::string scenario = Scenario::defaultText();
+    ASSERT_FALSE(scenario.empty());
+    EXPECT_EQ(readSource("sim/default-scenario.json"), scenario);
+    EXPECT_NE(readSource("docs/SIMULATOR.md").find("```json\n" + scenario + "```"), std::string::npos)
+        << "docs/SIMULATOR.md no longer shows sim/default-scenario.json";
 }
 
 }  // namespace
