@@ -36,8 +36,10 @@ void Scheduler::run() {
             changed_.wait(lock);
             continue;
         }
-        if (Clock::now() < queue_.top().when) {
-            changed_.wait_until(lock, queue_.top().when);
+        // A copy: the queue may grow, and move its entries, while we wait.
+        const Clock::time_point due = queue_.top().when;
+        if (Clock::now() < due) {
+            changed_.wait_until(lock, due);
             continue;
         }
         auto task = std::move(const_cast<Entry&>(queue_.top()).task);
