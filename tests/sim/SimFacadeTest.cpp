@@ -46,6 +46,8 @@ class SimulatorTest : public ::testing::Test {
 protected:
     std::ostringstream logText;
     RequestLog log{logText, false};
+    // Outlive each test's simulator, whose thread may still be delivering.
+    RecordingBridge bridge, other;
 };
 
 TEST_F(SimulatorTest, MediaPlayInRealTimeAndEndOnceForEveryListener) {
@@ -62,9 +64,8 @@ TEST_F(SimulatorTest, MediaPlayInRealTimeAndEndOnceForEveryListener) {
     ASSERT_TRUE(video.open("a.mp4", second));
     EXPECT_EQ(second, 2);
 
-    RecordingBridge first, other;
-    video.addMediaListener(handle, &first);
-    video.addMediaListener(handle, &first);  // counted once
+    video.addMediaListener(handle, &bridge);
+    video.addMediaListener(handle, &bridge);  // counted once
     video.addMediaListener(handle, &other);
     EXPECT_EQ(video.getDuration(handle), 300);
     EXPECT_EQ(video.getCurrentTime(handle), 0);
@@ -74,12 +75,13 @@ TEST_F(SimulatorTest, MediaPlayInRealTimeAndEndOnceForEveryListener) {
     EXPECT_GE(now, 90);
     EXPECT_LT(now, 300);
 
-    ASSERT_TRUE(first.log.waitFor(1, 2000ms));
+    ASSERT_TRUE(bridge.log.waitFor(1, 2000ms));
     ASSERT_TRUE(other.log.waitFor(1, 2000ms));
     std::this_thread::sleep_for(100ms);
-    EXPECT_EQ(first.log.snapshot(), std::vector<std::string>{"eom 1"});
+    EXPECT_EQ(bridge.log.snapshot(), std::vector<std::string>{"eom 1"});
     EXPECT_EQ(other.log.size(), 1u);
     EXPECT_EQ(video.getCurrentTime(handle), 300);
+    sim.quiesce();  // the log is read once the simulator's thread is gone
     EXPECT_NE(logText.str().find("event media 16 end of media, handle 1"), std::string::npos);
 }
 
@@ -88,7 +90,6 @@ TEST_F(SimulatorTest, StopSeekAndCloseCancelTheScheduledEnd) {
     Simulator sim(scenario, log);
     sim.clientConnected();
     auto& video = sim.video();
-    RecordingBridge bridge;
     int stopped = 0, sought = 0, closed = 0;
     video.open("a", stopped);
     video.open("a", sought);
@@ -153,7 +154,6 @@ TEST_F(SimulatorTest, DownloadsFollowAMountWhileAListenerIsRegistered) {
     Simulator sim(scenario, log);
     sim.clientConnected();
     auto& carousel = sim.carousel();
-    RecordingBridge bridge;
     EXPECT_EQ(carousel.mount("unknown"), "");
     carousel.addCarouselListener(&bridge);
     EXPECT_EQ(carousel.mount("c1"), "/mnt/c1");
@@ -163,6 +163,7 @@ TEST_F(SimulatorTest, DownloadsFollowAMountWhileAListenerIsRegistered) {
     carousel.removeCarouselListener(&bridge);
     std::this_thread::sleep_for(400ms);
     EXPECT_EQ(bridge.log.snapshot(), std::vector<std::string>{"download one"});
+    sim.quiesce();
     EXPECT_NE(logText.str().find("\"two\" of \"c1\" dropped: no carousel listener"), std::string::npos);
 }
 
@@ -173,7 +174,6 @@ TEST_F(SimulatorTest, TheTimelineStartsWithEachClientAndStopsWhenItLeaves) {
         "graphics": [{"at": 0.1, "first": {"x": 0, "y": 0, "width": 1280, "height": 720},
                       "second": {"x": 0, "y": 0, "width": 1920, "height": 1080}}]})");
     Simulator sim(scenario, log);
-    RecordingBridge bridge;
     sim.dsmcc().addCommandListener("nclEditingCommand", &bridge);
     sim.video().addGraphicsSettingsListener(&bridge);
     std::this_thread::sleep_for(150ms);
@@ -193,7 +193,6 @@ TEST_F(SimulatorTest, TheTimelineStartsWithEachClientAndStopsWhenItLeaves) {
 TEST_F(SimulatorTest, NothingReachesTheBridgeWithoutAClientOrAfterQuiesce) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 50}]})");
     Simulator sim(scenario, log);
-    RecordingBridge bridge;
     int handle = 0;
     sim.video().open("a", handle);
     sim.video().addMediaListener(handle, &bridge);
@@ -238,7 +237,6 @@ TEST_F(SimulatorTest, TheConsoleRunsCommandsAndAnswersBadOnesWithOneLine) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 5000}]})");
     Simulator sim(scenario, log);
     sim.clientConnected();
-    RecordingBridge bridge;
     sim.dsmcc().addCommandListener("nclEditingCommand", &bridge);
     sim.carousel().addCarouselListener(&bridge);
     int handle = 0;
