@@ -41,6 +41,7 @@ TEST_F(BridgeWithoutFacadesTest, PropertyTunerAndCarouselAnswerEmpty) {
     EXPECT_TRUE(askList(request(MSG_TUNER, 2)).empty());
     EXPECT_EQ(text(ask(request(MSG_CAROUSEL, 0, [](message& r) { writeTextField(r, 12, "c"); })), 267), "");
     for (int code : {1, 3, 4}) control->send(request(MSG_CAROUSEL, code));
+    fence();
     EXPECT_EQ(IpcServerManager::getInstance()->getChannelName(1, 2), "");
     EXPECT_EQ(IpcServerManager::getInstance()->getVirtualChannelNumber(1, 2), -1);
 }

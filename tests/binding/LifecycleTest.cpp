@@ -78,16 +78,24 @@ TEST_F(LifecycleTest, AfterDeleteNeitherChannelReachesAFacade) {
     ASSERT_TRUE(control.connected() && demux.connected());
     ASSERT_TRUE(demux.readSection());  // the demux client is being served
 
-    // The host keeps sending section commands while the adapter goes away.
+    // The application keeps sending on both channels while the adapter goes away.
     std::atomic<bool> sending{true};
-    std::thread filler([&] {
+    std::thread demuxFiller([&] {
         while (sending && demux.sendWord(2) && demux.sendWord(0x10)) {
         }
     });
+    std::thread controlFiller([&] {
+        while (sending && control.send(request(MSG_TUNER, 0)) && control.send(request(MSG_VIDEO, 2))) {
+        }
+    });
+    ASSERT_TRUE(fakes.demux.log.waitFor(2) && fakes.tuner.log.waitFor(1));  // both channels are busy
     delete adapter;
     const std::size_t demuxCalls = fakes.demux.log.count();
+    const std::size_t tunerCalls = fakes.tuner.log.count();
+    const std::size_t videoCalls = fakes.video.log.count();
     sending = false;
-    filler.join();
+    demuxFiller.join();
+    controlFiller.join();
 
     EXPECT_TRUE(control.closedByPeer());
     EXPECT_TRUE(demux.closedByPeer());
@@ -97,7 +105,10 @@ TEST_F(LifecycleTest, AfterDeleteNeitherChannelReachesAFacade) {
     EXPECT_FALSE(lateDemux.connected());
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(fakes.demux.log.count(), demuxCalls);
-    EXPECT_EQ(fakes.demux.log.calls().back(), "release()");
+    EXPECT_EQ(fakes.tuner.log.count(), tunerCalls);
+    EXPECT_EQ(fakes.video.log.count(), videoCalls);
+    for (CallLog* log : {&fakes.demux.log, &fakes.tuner.log, &fakes.video.log})
+        EXPECT_EQ(log->calls().back(), "release()") << "nothing reaches a facade after its release";
 }
 
 TEST_F(LifecycleTest, RepeatedCyclesLeaveNoDescriptorOrThreadAndServeTheNewFacades) {
