@@ -47,6 +47,7 @@ TEST_F(HubLifecycleTest, DispatcherLogsUnknownTypesAndAnswersVersionChecks) {
     ASSERT_TRUE(connections.log.waitFor(2));
     EXPECT_EQ(connections.log.snapshot().back(), "disconnected");
     EXPECT_EQ(lower.calls.snapshot().back(), "setVideoProperty 2") << "the end of a connection resets video";
+    hub->removeConnectionListener(&connections);  // waits for a fan-out still running
 }
 
 TEST_F(HubLifecycleTest, OneHubForConcurrentCallersAndTheDirectoryIsFixedWhileItLives) {
