@@ -88,7 +88,8 @@ IpcServerManager::~IpcServerManager() {
     // First release host threads waiting for an application-state answer, and
     // let a request being sent finish before its server goes.
     AppStateReply::hubDestroyed();
-    server_.reset();       // ends the receive thread; no clientDisconnected()
+    server_->stop();       // while server_ is still set: a request being handled uses it
+    server_.reset();       // no clientDisconnected()
     demuxServer_.reset();  // ends the demux thread, so a new hub can bind anew
     std::lock_guard<std::mutex> lock(listenerLock);
     listeners_.clear();
