@@ -48,14 +48,7 @@ void IpcDemuxServer::start() {
     if (running_.load()) return;
     if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
 
-    FileDescriptor fd = unix_socket::create();
-    if (!fd.valid()) return;
-    if (!unix_socket::bindAndListen(fd.get(), path_, path_.size())) return;
-    {
-        std::lock_guard<std::mutex> state(stateLock_);
-        listenFd_ = std::move(fd);
-        stopping_ = false;
-    }
+    if (!socket_.open(path_, path_.size())) return;
     thread_ = std::thread(&IpcDemuxServer::run, this);
     running_.store(true);
 }
@@ -67,36 +60,18 @@ void* IpcDemuxServer::run(void* self) {
 
 void IpcDemuxServer::serve() {
     running_.store(true);
-    while (acceptClient()) serveClient();
-}
-
-bool IpcDemuxServer::acceptClient() {
-    const int fd = unix_socket::acceptClient(listenFd_.get());
-    const int acceptError = errno;
-    std::lock_guard<std::mutex> state(stateLock_);
-    if (stopping_) {
-        if (fd >= 0) ::close(fd);
-        return false;
-    }
-    if (fd < 0) {
-        errno = acceptError;
-        std::perror("Can't accept new connections");
-        return false;
-    }
-    clientFd_.reset(fd);
-    return true;
+    while (socket_.accept()) serveClient();
 }
 
 void IpcDemuxServer::serveClient() {
     std::int32_t command = 0;
     while (receiveWord(command) && handleCommand(command)) {
     }
-    std::lock_guard<std::mutex> state(stateLock_);
-    if (!stopping_) clientFd_.reset();  // the filter state is left as the client set it
+    socket_.closeClient();  // the filter state is left as the client set it
 }
 
 bool IpcDemuxServer::receiveWord(std::int32_t& value) {
-    return unix_socket::receiveAll(clientFd_.get(), &value, sizeof value) == sizeof value;
+    return unix_socket::receiveAll(socket_.client(), &value, sizeof value) == sizeof value;
 }
 
 bool IpcDemuxServer::receiveString(std::vector<unsigned char>& bytes) {
@@ -105,7 +80,7 @@ bool IpcDemuxServer::receiveString(std::vector<unsigned char>& bytes) {
     if (length <= 0) return true;  // zero or less is the empty string
     if (length > MAX_FILTER_LENGTH) return false;
     bytes.resize(static_cast<std::size_t>(length));
-    return unix_socket::receiveAll(clientFd_.get(), bytes.data(), bytes.size()) == bytes.size();
+    return unix_socket::receiveAll(socket_.client(), bytes.data(), bytes.size()) == bytes.size();
 }
 
 bool IpcDemuxServer::handleCommand(std::int32_t word) {
@@ -169,7 +144,7 @@ void IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
     std::memcpy(out.data(), &length, sizeof length);
     if (!section.empty()) std::memcpy(out.data() + sizeof length, section.data(), section.size());
 
-    const std::size_t sent = unix_socket::sendAll(clientFd_.get(), out.data(), out.size());
+    const std::size_t sent = unix_socket::sendAll(socket_.client(), out.data(), out.size());
     if (sent == out.size()) return;
     if (sent < sizeof length) {
         std::perror("Can't send size");
@@ -185,16 +160,9 @@ void IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
 
 void IpcDemuxServer::stop() {
     if (!running_.load()) return;
-    {
-        std::lock_guard<std::mutex> state(stateLock_);
-        stopping_ = true;
-        if (listenFd_.valid()) ::shutdown(listenFd_.get(), SHUT_RDWR);
-        if (clientFd_.valid()) ::shutdown(clientFd_.get(), SHUT_RDWR);
-    }
+    socket_.interrupt();
     if (thread_.joinable()) thread_.join();
-    std::lock_guard<std::mutex> state(stateLock_);
-    clientFd_.reset();
-    listenFd_.reset();
+    socket_.closeAll();
     running_.store(false);
 }
 

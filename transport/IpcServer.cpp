@@ -38,20 +38,12 @@ IpcServer::~IpcServer() {
 void IpcServer::start() {
     if (running_.load()) return;
     if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
-
-    FileDescriptor fd = unix_socket::create();
-    if (!fd.valid()) return;
     if (!pathValid_) {
-        std::perror("Invalid file name or file name is too big");
+        FileDescriptor probe = unix_socket::create();  // the socket comes first, then the path check
+        if (probe.valid()) std::perror("Invalid file name or file name is too big");
         return;
     }
-    if (!unix_socket::bindAndListen(fd.get(), path_, static_cast<std::size_t>(pathLength_))) return;
-
-    {
-        std::lock_guard<std::mutex> state(stateLock_);
-        listenFd_ = std::move(fd);
-        stopping_ = false;
-    }
+    if (!socket_.open(path_, static_cast<std::size_t>(pathLength_))) return;
     running_.store(true);
     thread_ = std::thread(&IpcServer::run, this);
 }
@@ -63,27 +55,10 @@ void* IpcServer::run(void* self) {
 
 void IpcServer::serve() {
     running_.store(true);
-    while (acceptClient() && serveClient()) {
+    while (socket_.accept()) {
+        setSendTimeout(socket_.client());
+        if (!serveClient()) return;
     }
-}
-
-bool IpcServer::acceptClient() {
-    const int fd = unix_socket::acceptClient(listenFd_.get());
-    const int acceptError = errno;
-    std::lock_guard<std::mutex> send(sendLock_);
-    std::lock_guard<std::mutex> state(stateLock_);
-    if (stopping_) {
-        if (fd >= 0) ::close(fd);
-        return false;
-    }
-    if (fd < 0) {
-        errno = acceptError;
-        std::perror("Can't accept new connections");
-        return false;
-    }
-    setSendTimeout(fd);
-    clientFd_.reset(fd);
-    return true;
 }
 
 bool IpcServer::serveClient() {
@@ -92,17 +67,14 @@ bool IpcServer::serveClient() {
     message buffer;
     buffer.clear();
     for (;;) {
-        const std::size_t received = unix_socket::receiveAll(clientFd_.get(), buffer.bytes(), MESSAGE_SIZE);
+        const std::size_t received = unix_socket::receiveAll(socket_.client(), buffer.bytes(), MESSAGE_SIZE);
         // A record cut short by the peer's close is still delivered, with the
         // previous record's tail; the next receive then ends the connection.
         if (received > 0 && listener_ != nullptr) listener_->update(buffer);
         if (received < MESSAGE_SIZE) break;
     }
 
-    {
-        std::lock_guard<std::mutex> state(stateLock_);
-        if (stopping_) return false;  // stop() closes the descriptor; nothing is reported
-    }
+    if (socket_.interrupted()) return false;  // stop() closes the descriptor; nothing is reported
     if (listener_ != nullptr) {
         buffer.type = MSG_VIDEO;
         buffer.code = 2;  // VIDEO_RESET: the consumers reset video when the client goes
@@ -114,18 +86,18 @@ bool IpcServer::serveClient() {
 }
 
 void IpcServer::closeClient() {
-    std::lock_guard<std::mutex> send(sendLock_);
-    std::lock_guard<std::mutex> state(stateLock_);
-    clientFd_.reset();
+    std::lock_guard<std::mutex> send(sendLock_);  // no send may hold the descriptor being closed
+    socket_.closeClient();
 }
 
 std::size_t IpcServer::writeToClient(const unsigned char* data, std::size_t length) {
-    const std::size_t sent = unix_socket::sendAll(clientFd_.get(), data, length);
+    const int fd = socket_.client();
+    const std::size_t sent = unix_socket::sendAll(fd, data, length);
     if (sent < length && (errno == EAGAIN || errno == EWOULDBLOCK)) {
         // The stream is cut inside a record: end the connection, the
         // receive thread then closes it as for any departed client.
         const int error = errno;
-        ::shutdown(clientFd_.get(), SHUT_RDWR);
+        ::shutdown(fd, SHUT_RDWR);
         errno = error;
     }
     return sent;
@@ -162,19 +134,12 @@ bool IpcServer::send(const SendBatch& batch) {
 
 void IpcServer::stop() {
     if (!running_.load()) return;
-    {
-        std::lock_guard<std::mutex> state(stateLock_);
-        stopping_ = true;
-        // Shutting down wakes the thread in accept or a receive; a send
-        // blocked on a stalled client fails and releases the send lock.
-        if (listenFd_.valid()) ::shutdown(listenFd_.get(), SHUT_RDWR);
-        if (clientFd_.valid()) ::shutdown(clientFd_.get(), SHUT_RDWR);
-    }
+    // Shutting the sockets down wakes the thread in accept or a receive; a
+    // send blocked on a stalled client fails and releases the send lock.
+    socket_.interrupt();
     if (thread_.joinable()) thread_.join();  // no lock held: the thread may be sending
     std::lock_guard<std::mutex> send(sendLock_);
-    std::lock_guard<std::mutex> state(stateLock_);
-    clientFd_.reset();
-    listenFd_.reset();
+    socket_.closeAll();
     running_.store(false);
 }
 

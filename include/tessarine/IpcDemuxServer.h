@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tessarine/Export.h"
-#include "tessarine/FileDescriptor.h"
 #include "tessarine/IpcDemuxServerListener.h"
+#include "tessarine/ServerSocket.h"
 
 namespace tessarine {
 
@@ -58,7 +58,6 @@ public:
 
 private:
     void serve();
-    bool acceptClient();
     void serveClient();
     // Carries out one command; false when the connection must end.
     bool handleCommand(std::int32_t command);
@@ -70,10 +69,7 @@ private:
     std::string path_;
     std::atomic<bool> running_{false};
     std::thread thread_;
-    std::mutex stateLock_;  // guards the descriptors and stopping_ against stop()
-    bool stopping_ = false;
-    FileDescriptor listenFd_;
-    FileDescriptor clientFd_;
+    ServerSocket socket_;
 };
 
 }  // namespace tessarine

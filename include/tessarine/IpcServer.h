@@ -7,9 +7,9 @@
 #include <thread>
 
 #include "tessarine/Export.h"
-#include "tessarine/FileDescriptor.h"
 #include "tessarine/IpcListener.h"
 #include "tessarine/SendBatch.h"
+#include "tessarine/ServerSocket.h"
 #include "tessarine/message.h"
 
 namespace tessarine {
@@ -62,7 +62,6 @@ public:
 
 private:
     void serve();
-    bool acceptClient();
     // Serves the connection; false when stop() ended it.
     bool serveClient();
     // Writes to the client under the send lock; the bytes written, with errno
@@ -72,15 +71,12 @@ private:
 
     IpcListener* listener_;
     std::thread thread_;
-    std::mutex sendLock_;    // one record or batch leaves whole under it
-    std::mutex stateLock_;   // guards the descriptors and stopping_ for stop()
+    std::mutex sendLock_;  // one record or batch leaves whole under it; held to close the client
     std::atomic<bool> running_{false};
-    bool stopping_ = false;
     bool pathValid_;
     std::string path_;
     int pathLength_;
-    FileDescriptor listenFd_;
-    FileDescriptor clientFd_;  // written under both locks, read under either
+    ServerSocket socket_;
 };
 
 }  // namespace tessarine
