@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 seconds="${FUZZ_SECONDS:-15}"
 cmake --preset fuzz
-cmake --build --preset fuzz --target dispatcher_fuzz demux_fuzz
+cmake --build --preset fuzz --target dispatcher_fuzz demux_fuzz client_fuzz
 mkdir -p build/fuzz/findings
 for target in build/fuzz/fuzz/*_fuzz; do
   name=$(basename "$target")
