@@ -13,6 +13,7 @@
 // 1 from that point of the stream on: the following event becomes present.
 
 #include <bitstream/dvb/si/datetime.h>
+#include <bitstream/dvb/si/desc_4e.h>
 #include <bitstream/mpeg/psi.h>
 #include <bitstream/mpeg/ts.h>
 
@@ -25,7 +26,6 @@ extern "C" {
 #include <dvbpsi/nit.h>
 #include <dvbpsi/dr_40.h>
 #include <dvbpsi/dr_4d.h>
-#include <dvbpsi/dr_4e.h>
 #include <dvbpsi/dr_54.h>
 #include <dvbpsi/dr_55.h>
 }
@@ -111,18 +111,24 @@ Bytes eventDescriptors(const EventPlan& plan) {
     setText(shortEvent.i_text, shortEvent.i_text_length, plan.text);
     addDescriptor(dvbpsi_GenShortEventDr(&shortEvent, false), loop);
 
-    dvbpsi_extended_event_dr_t extended{};
-    std::memcpy(extended.i_iso_639_code, "eng", 3);
+    // libdvbpsi 1.3's extended event writer leaves out the items' length,
+    // so this one is written with biTStream.
+    uint8_t extended[DESC_HEADER_SIZE + 255] = {};
     static uint8_t description[] = "Presenter";
     static uint8_t item[] = "A. Tester";
-    extended.i_entry_count = 1;
-    extended.i_item_description_length[0] = sizeof(description) - 1;
-    extended.i_item_description[0] = description;
-    extended.i_item_length[0] = sizeof(item) - 1;
-    extended.i_item[0] = item;
-    extended.i_text_length = static_cast<int>(std::strlen(plan.extended));
-    extended.i_text = reinterpret_cast<uint8_t*>(const_cast<char*>(plan.extended));
-    addDescriptor(dvbpsi_GenExtendedEventDr(&extended, false), loop);
+    const uint8_t language[3] = {'e', 'n', 'g'};
+    desc4e_init(extended);
+    desc4e_set_desc_number(extended, 0);
+    desc4e_set_last_desc_number(extended, 0);
+    desc4e_set_lang(extended, language);
+    desc4e_set_items_length(extended, 2 + (sizeof(description) - 1) + (sizeof(item) - 1));
+    uint8_t* entry = extended + DESC4E_HEADER_SIZE + 1;
+    desc4en_set_item_description(entry, description, sizeof(description) - 1);
+    desc4en_set_item_text(entry, item, sizeof(item) - 1);
+    desc4e_set_text(extended, reinterpret_cast<uint8_t*>(const_cast<char*>(plan.extended)),
+                    static_cast<uint8_t>(std::strlen(plan.extended)));
+    desc4e_set_length(extended);
+    loop.insert(loop.end(), extended, extended + DESC_HEADER_SIZE + desc_get_length(extended));
 
     dvbpsi_content_dr_t content{};
     content.i_contents_number = 1;
@@ -174,7 +180,7 @@ Bytes eitSection(dvbpsi_t* handle, const Options& o, size_t serviceIndex, uint8_
 }
 
 std::vector<Bytes> nitSections(dvbpsi_t* handle, const Options& o, uint8_t version) {
-    dvbpsi_nit_t* nit = dvbpsi_nit_new(0x40, o.networkId, version, true, o.networkId);
+    dvbpsi_nit_t* nit = dvbpsi_nit_new(0x40, o.networkId, o.networkId, version, true);
     dvbpsi_network_name_dr_t name{};
     std::string text = networkName(version);
     name.i_name_length = static_cast<uint8_t>(text.size());
