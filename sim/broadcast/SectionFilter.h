@@ -43,7 +43,7 @@ bool sectionMatches(const FilterSettings& settings, const uint8_t* section, size
 // read_section returns the next one whole, CRC included, waiting up to the
 // time-out. Changing a setting empties the queue. stop() pauses the filter
 // and empties it, start() resumes.
-class SectionFilter : private SectionSink {
+class SectionFilter final : private SectionSink {
 public:
     static constexpr size_t QUEUE_LIMIT = 64;
     static constexpr long DEFAULT_TIMEOUT_MS = 1000;

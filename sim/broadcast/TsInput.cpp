@@ -176,7 +176,8 @@ struct TsInput::Decoders {
         for (auto it = pmts.begin(); it != pmts.end();)
             if (listed(**it)) ++it;
             else dropPmt(**it), it = pmts.erase(it);
-        for (auto [program, pid] : programs) {
+        for (const auto& entry : programs) {
+            const uint16_t program = entry.first, pid = entry.second;
             if (program == 0) continue;
             bool known = std::any_of(pmts.begin(), pmts.end(),
                                      [&](auto& p) { return p->program == program && p->pid == pid; });
