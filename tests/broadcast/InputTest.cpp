@@ -87,6 +87,30 @@ TEST(Reader, UdpOnLoopbackYieldsTheSameServices) {
     EXPECT_EQ(broadcast.si().getNetwork()->text0, direct.getNetwork()->text0);
 }
 
+TEST(Reader, StandardInputIsReadUntilItEnds) {
+    int pipeFds[2];
+    ASSERT_EQ(pipe(pipeFds), 0);
+    int savedStdin = dup(STDIN_FILENO);
+    dup2(pipeFds[0], STDIN_FILENO);
+    close(pipeFds[0]);
+    Broadcast broadcast;
+    std::string error;
+    ASSERT_TRUE(broadcast.open("-", Pace::Pcr, error)) << error;
+    std::thread writer([&] {
+        Bytes ts = readFile(dataFile("broadcast.ts"));
+        EXPECT_EQ(write(pipeFds[1], ts.data(), ts.size()), static_cast<ssize_t>(ts.size()));
+        close(pipeFds[1]);
+    });
+    writer.join();
+    EXPECT_TRUE(waitFor([&] { return broadcast.reader().ended(); }));
+    broadcast.close();
+    dup2(savedStdin, STDIN_FILENO);
+    close(savedStdin);
+    EXPECT_EQ(broadcast.input().counters().loops, 0u);
+    EXPECT_EQ(serviceNames(broadcast.si()), "101=Tessarine One;102=Tessarine Two;");
+    EXPECT_NE(broadcast.status().find("(ended)"), std::string::npos);
+}
+
 TEST(Reader, UnopenableSourcesAreRefusedWithAReason) {
     Broadcast broadcast;
     std::string error;
