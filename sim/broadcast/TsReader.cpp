@@ -189,7 +189,7 @@ void TsReader::run() {
         input_.feed(data, length);
         if (paced_ && pcrPid_ < 0) advance(static_cast<double>(length) * 8 / NOMINAL_BITRATE);
     }
-    ended_ = true;
+    ended_ = !stopping();
 }
 
 // Follows the first PID that carries a PCR; each step of its clock is
