@@ -2,6 +2,7 @@
 
 #include <list>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 
@@ -16,6 +17,9 @@
 #include "tessarine/IpcServerListener.h"
 
 namespace tessarine {
+
+template <typename Listener>
+class FanOut;
 
 // The process-wide hub of the control channel. It owns both socket servers,
 // consumes every control record, asks its registered IpcServerListeners by
@@ -131,10 +135,15 @@ public:
 private:
     IpcServerManager(const std::string& controlPath, const std::string& demuxPath);
 
+    // The request listeners under the process-wide listener lock: every
+    // query and broadcast goes through this, by one of its rules.
+    FanOut<IpcServerListener> requestListeners();
+
     std::unique_ptr<IpcServer> server_;
     std::unique_ptr<IpcDemuxServer> demuxServer_;
     std::set<IpcServerListener*> listeners_;
     std::set<ConnectionListener*> connectionListeners_;
+    std::mutex dsmccLock_;  // the records of two DSM-CC commands never interleave
 };
 
 }  // namespace tessarine

@@ -1,0 +1,165 @@
+#include "tessarine/IpcServerManager.h"
+
+#include <atomic>
+#include <cstdint>
+#include <iostream>
+
+#include "hub/AppStateReply.h"
+#include "hub/CarouselRequests.h"
+#include "hub/FanOut.h"
+#include "hub/HubContext.h"
+#include "hub/MediaRequests.h"
+#include "hub/PropertyRequests.h"
+#include "hub/SiRequests.h"
+#include "hub/TunerRequests.h"
+#include "hub/VideoRequests.h"
+
+namespace tessarine {
+
+namespace {
+
+// Process-wide, statically initialised before any hub: the listener lock
+// guards the instance pointer, the socket directory, both registries and
+// every fan-out.
+std::mutex listenerLock;
+std::atomic<IpcServerManager*> instance{nullptr};
+
+constexpr const char* DEFAULT_SOCKET_DIRECTORY = "/dev/shm";
+constexpr const char* CONTROL_SOCKET_NAME = "ipc.socket";
+constexpr const char* DEMUX_SOCKET_NAME = "ipcdemux.socket";
+constexpr std::size_t MAX_SOCKET_PATH = 107;  // a socket path holds 108 bytes with its NUL
+constexpr std::size_t RESULT_BYTE = 12;  // the answer byte of MSG_APP_STATE and MSG_VERSION
+
+std::string& directory() {
+    static std::string path = DEFAULT_SOCKET_DIRECTORY;
+    return path;
+}
+
+std::string socketPath(const std::string& dir, const char* name) { return dir + "/" + name; }
+
+}  // namespace
+
+IpcServerManager* IpcServerManager::getInstance() {
+    IpcServerManager* hub = instance.load(std::memory_order_acquire);
+    if (hub != nullptr) return hub;
+    std::lock_guard<std::mutex> lock(listenerLock);
+    hub = instance.load(std::memory_order_relaxed);
+    if (hub == nullptr) {
+        hub = new IpcServerManager(socketPath(directory(), CONTROL_SOCKET_NAME),
+                                   socketPath(directory(), DEMUX_SOCKET_NAME));
+        instance.store(hub, std::memory_order_release);  // published only when whole
+    }
+    return hub;
+}
+
+void IpcServerManager::destroy() {
+    IpcServerManager* hub = nullptr;
+    {
+        std::lock_guard<std::mutex> lock(listenerLock);
+        hub = instance.exchange(nullptr);
+    }
+    // Not under the lock: stopping waits for the receive thread, which may be
+    // waiting for the lock itself.
+    delete hub;
+}
+
+bool IpcServerManager::setSocketDirectory(const std::string& dir) {
+    std::lock_guard<std::mutex> lock(listenerLock);
+    if (instance.load() != nullptr) return false;
+    if (socketPath(dir, DEMUX_SOCKET_NAME).size() > MAX_SOCKET_PATH) return false;  // the longer of the two
+    directory() = dir;
+    return true;
+}
+
+std::string IpcServerManager::socketDirectory() {
+    std::lock_guard<std::mutex> lock(listenerLock);
+    return directory();
+}
+
+IpcServerManager::IpcServerManager(const std::string& controlPath, const std::string& demuxPath)
+    : server_(new IpcServer(this, controlPath.c_str(), static_cast<int>(controlPath.size()))),
+      demuxServer_(new IpcDemuxServer(demuxPath)) {
+    // A server that fails to start reports it itself; the hub exists regardless.
+    server_->start();
+    demuxServer_->start();
+}
+
+IpcServerManager::~IpcServerManager() {
+    // First release host threads waiting for an application-state answer, and
+    // let a request being sent finish before its server goes.
+    AppStateReply::hubDestroyed();
+    server_->stop();       // while server_ is still set: a request being handled uses it
+    server_.reset();       // no clientDisconnected()
+    demuxServer_.reset();  // ends the demux thread, so a new hub can bind anew
+    std::lock_guard<std::mutex> lock(listenerLock);
+    listeners_.clear();
+    connectionListeners_.clear();
+}
+
+FanOut<IpcServerListener> IpcServerManager::requestListeners() { return {listenerLock, listeners_}; }
+
+void IpcServerManager::addIpcServerListener(IpcServerListener* listener) {
+    std::lock_guard<std::mutex> lock(listenerLock);
+    listeners_.insert(listener);
+}
+
+void IpcServerManager::removeIpcServerListener(IpcServerListener* listener) {
+    std::lock_guard<std::mutex> lock(listenerLock);
+    listeners_.erase(listener);
+}
+
+void IpcServerManager::addConnectionListener(ConnectionListener* listener) {
+    std::lock_guard<std::mutex> lock(listenerLock);
+    connectionListeners_.insert(listener);
+}
+
+void IpcServerManager::removeConnectionListener(ConnectionListener* listener) {
+    std::lock_guard<std::mutex> lock(listenerLock);
+    connectionListeners_.erase(listener);
+}
+
+void IpcServerManager::addIpcDemuxServerListener(IpcDemuxServerListener* listener) {
+    demuxServer_->setListener(listener);
+}
+
+void IpcServerManager::clientConnected() {
+    FanOut<ConnectionListener>(listenerLock, connectionListeners_).all([](ConnectionListener& listener) {
+        listener.clientConnected();
+    });
+}
+
+void IpcServerManager::clientDisconnected() {
+    AppStateReply::connectionEnded();  // a request on this connection gets no answer now
+    FanOut<ConnectionListener>(listenerLock, connectionListeners_).all([](ConnectionListener& listener) {
+        listener.clientDisconnected();
+    });
+}
+
+void IpcServerManager::update(std::list<message>) {}
+
+void IpcServerManager::update(message& record) {
+    const auto type = static_cast<std::uint32_t>(record.type);
+    if (type > MSG_VERSION || type == MSG_LIST_HEADER || type == MSG_DSMCC) {
+        std::cerr << "Unknown message: " << record.type << std::endl;
+        return;
+    }
+    const HubContext context{*this, *server_, requestListeners()};
+    switch (type) {
+        case MSG_VIDEO: return VideoRequests(context).handleVideo(record);
+        case MSG_APP_STATE: return AppStateReply::answer(record.bytes()[RESULT_BYTE]);
+        case MSG_PROPERTY: return PropertyRequests(context).handle(record);
+        case MSG_AUDIO: return VideoRequests(context).handleAudio(record);
+        case MSG_TUNER: return TunerRequests(context).handle(record);
+        case MSG_CAROUSEL: return CarouselRequests(context).handle(record);
+        case MSG_SI: return SiRequests(context).handle(record);
+        case MSG_MEDIA: return MediaRequests(context).handle(record);
+        case MSG_VERSION:
+            record.bytes()[RESULT_BYTE] = static_cast<unsigned char>(checkVersionFlag(record.code));
+            server_->sendMessage(record);
+            return;
+        default:
+            return;
+    }
+}
+
+}  // namespace tessarine

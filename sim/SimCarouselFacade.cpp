@@ -1,0 +1,82 @@
+#include "sim/SimCarouselFacade.h"
+
+#include <algorithm>
+
+#include "sim/Text.h"
+
+namespace tessarine {
+namespace sim {
+
+std::string SimCarouselFacade::mount(std::string name) {
+    auto carousel = std::find_if(carousels_.begin(), carousels_.end(), [&](const auto& c) { return c.name == name; });
+    if (carousel == carousels_.end()) {
+        log_.request(Family::Carousel, 0, "mount " + quoted(name) + " -> unknown carousel");
+        return {};
+    }
+    unsigned generation;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        generation = ++generations_[name];
+        mounted_.insert(name);
+    }
+    for (const auto& download : carousel->downloads)
+        scheduler_.after(std::chrono::duration<double>(download.after),
+                         [this, name, generation, download] { this->download(name, generation, download); });
+    log_.request(Family::Carousel, 0, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
+    return carousel->mountAnswer;
+}
+
+void SimCarouselFacade::umount(std::string name) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (mounted_.erase(name) > 0) ++generations_[name];
+    }
+    log_.request(Family::Carousel, 1, "unmount " + quoted(name));
+}
+
+void SimCarouselFacade::addCarouselListener(middlewarefacade::CarouselListener* listener) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        listeners_.insert(listener);
+    }
+    log_.request(Family::Carousel, 3, "add listener");
+}
+
+void SimCarouselFacade::removeCarouselListener(middlewarefacade::CarouselListener* listener) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        listeners_.erase(listener);
+    }
+    log_.request(Family::Carousel, 4, "remove listener");
+}
+
+void SimCarouselFacade::download(const std::string& name, unsigned generation,
+                                 const CarouselSettings::Download& download) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (mounted_.count(name) == 0 || generations_[name] != generation) return;
+    }
+    if (!notifyDownload(download.first, download.second))
+        log_.note("download " + quoted(download.first) + " of " + quoted(name) + " dropped: no carousel listener");
+}
+
+bool SimCarouselFacade::notifyDownload(const std::string& first, const std::string& second) {
+    std::set<middlewarefacade::CarouselListener*> listeners;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        listeners = listeners_;
+    }
+    if (listeners.empty()) return false;
+    return gate_.pass("download " + quoted(first), [&] {
+        for (auto* listener : listeners) {
+            if (second.empty())
+                listener->downloadComplete(first);
+            else
+                listener->downloadComplete(first, second);
+        }
+        log_.event(Family::Carousel, 2, "download complete " + quoted(first) + " " + quoted(second));
+    });
+}
+
+}  // namespace sim
+}  // namespace tessarine

@@ -1,0 +1,92 @@
+#include "sim/SimDemuxFacade.h"
+
+#include <string>
+
+namespace tessarine {
+namespace sim {
+
+namespace {
+
+std::string bytesText(const std::vector<unsigned char>& bytes) { return std::to_string(bytes.size()) + " bytes"; }
+
+std::string filterText(int value, const std::vector<unsigned char>& first, const std::vector<unsigned char>& second) {
+    return "filter " + std::to_string(value) + ", " + bytesText(first) + ", " + bytesText(second);
+}
+
+}  // namespace
+
+// The command numbers of the section-filter channel are the operations' positions.
+
+void SimDemuxFacade::setSource(std::unique_ptr<SectionSource> source) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    source_ = std::move(source);
+}
+
+void SimDemuxFacade::start() {
+    log_.request(Family::Demux, 0, "start");
+    std::lock_guard<std::mutex> lock(mutex_);
+    started_ = true;
+}
+
+void SimDemuxFacade::stop() {
+    log_.request(Family::Demux, 1, "stop");
+    std::lock_guard<std::mutex> lock(mutex_);
+    started_ = false;
+}
+
+void SimDemuxFacade::set_pid(int pid) {
+    log_.request(Family::Demux, 2, "pid " + std::to_string(pid));
+    std::lock_guard<std::mutex> lock(mutex_);
+    filter_.pid = pid;
+}
+
+void SimDemuxFacade::set_table_id(int tableId) {
+    log_.request(Family::Demux, 3, "table id " + std::to_string(tableId));
+    std::lock_guard<std::mutex> lock(mutex_);
+    filter_.tableId = tableId;
+}
+
+void SimDemuxFacade::set_positive_filter(int value, const std::vector<unsigned char>& first,
+                                         const std::vector<unsigned char>& second) {
+    log_.request(Family::Demux, 4, "positive " + filterText(value, first, second));
+}
+
+void SimDemuxFacade::set_greater_than_filter(int value, const std::vector<unsigned char>& first,
+                                             const std::vector<unsigned char>& second) {
+    log_.request(Family::Demux, 5, "greater-than " + filterText(value, first, second));
+}
+
+void SimDemuxFacade::set_less_than_filter(int value, const std::vector<unsigned char>& first,
+                                          const std::vector<unsigned char>& second) {
+    log_.request(Family::Demux, 6, "less-than " + filterText(value, first, second));
+}
+
+void SimDemuxFacade::set_xor_filter(int value, const std::vector<unsigned char>& first,
+                                    const std::vector<unsigned char>& second, const std::vector<unsigned char>& third) {
+    log_.request(Family::Demux, 7, "xor " + filterText(value, first, second) + ", " + bytesText(third));
+}
+
+void SimDemuxFacade::set_time_out(long timeout) { log_.request(Family::Demux, 8, "time-out " + std::to_string(timeout)); }
+
+void SimDemuxFacade::clear_table_id() {
+    log_.request(Family::Demux, 9, "clear table id");
+    std::lock_guard<std::mutex> lock(mutex_);
+    filter_.tableId.reset();
+}
+
+void SimDemuxFacade::clear_positive_filter() { log_.request(Family::Demux, 10, "clear positive filter"); }
+void SimDemuxFacade::clear_less_than_filter() { log_.request(Family::Demux, 11, "clear less-than filter"); }
+void SimDemuxFacade::clear_xor_filter() { log_.request(Family::Demux, 12, "clear xor filter"); }
+
+std::vector<unsigned char> SimDemuxFacade::read_section() {
+    std::vector<unsigned char> section;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (started_ && source_) section = source_->next(filter_);
+    }
+    log_.request(Family::Demux, 13, "read section -> " + bytesText(section));
+    return section;
+}
+
+}  // namespace sim
+}  // namespace tessarine

@@ -1,0 +1,126 @@
+#include "sim/SimHost.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <thread>
+
+#include "MiddlewareIpc.h"
+#include "sim/Console.h"
+#include "sim/Scenario.h"
+#include "sim/Simulator.h"
+#include "tessarine/IpcServerManager.h"
+
+namespace tessarine {
+namespace sim {
+
+namespace {
+
+constexpr const char* PROGRAM = "tessarine-sim";
+
+bool readFile(const std::string& path, std::string& text) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream content;
+    content << in.rdbuf();
+    text = content.str();
+    return true;
+}
+
+int badInput(const std::string& message) {
+    std::cerr << PROGRAM << ": " << message << std::endl;
+    return SimHost::EXIT_BAD_INPUT;
+}
+
+// Waits for SIGINT or SIGTERM (blocked in every thread, taken here) or for
+// `stop` to be set, whichever comes first.
+void waitForStop(const sigset_t& signals, const std::atomic<bool>& stop) {
+    const timespec slice{0, 100 * 1000 * 1000};
+    while (!stop.load()) {
+        if (sigtimedwait(&signals, nullptr, &slice) > 0) return;
+    }
+}
+
+}  // namespace
+
+int SimHost::run(const SimOptions& options) {
+    std::string text = Scenario::defaultText();
+    const std::string source = options.scenarioFile.empty() ? "built-in scenario" : options.scenarioFile;
+    if (!options.scenarioFile.empty() && !readFile(options.scenarioFile, text))
+        return badInput("cannot read scenario " + options.scenarioFile);
+    std::vector<ScenarioProblem> problems;
+    const Scenario scenario = Scenario::parse(text, problems);
+    if (!problems.empty()) {
+        for (const auto& problem : problems) std::cerr << PROGRAM << ": " << source << ": " << problem.describe() << '\n';
+        std::cerr << std::flush;
+        return EXIT_BAD_INPUT;
+    }
+    std::string script;
+    if (!options.scriptFile.empty() && !readFile(options.scriptFile, script))
+        return badInput("cannot read script " + options.scriptFile);
+    if (!options.socketDirectory.empty()) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(options.socketDirectory, error))
+            return badInput("socket directory " + options.socketDirectory + " does not exist");
+        if (!IpcServerManager::setSocketDirectory(options.socketDirectory))
+            return badInput("socket directory " + options.socketDirectory + " is too long for a socket path");
+    }
+
+    // Blocked before any thread exists, so every thread inherits the mask
+    // and only waitForStop takes the signals.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    RequestLog log(std::cerr, options.quiet);
+    Simulator simulator(scenario, log);
+    Simulator::install(&simulator);
+    MiddlewareIpc* adapter = MiddlewareIpc::getInstance();
+    IpcServerManager::getInstance()->addConnectionListener(&simulator);
+    std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/ipc.socket and "
+              << IpcServerManager::socketDirectory() << "/ipcdemux.socket from the " << source << std::endl;
+
+    std::atomic<bool> stop{false};
+    Console console(
+        simulator,
+        [&](int state) {
+            const int answer = adapter->sendAppState(state);
+            log.event(Family::AppState, state, "application state -> answer " + std::to_string(answer));
+            return answer;
+        },
+        std::cout);
+    std::thread consoleThread([&] {
+        bool quit = false;
+        if (!options.scriptFile.empty()) {
+            std::istringstream lines(script);
+            quit = console.runScript(lines);
+        } else if (::isatty(STDIN_FILENO)) {
+            std::cout << "console ready: type help for the commands" << std::endl;
+            quit = console.runTerminal(STDIN_FILENO);
+        }
+        if (quit) stop = true;
+    });
+
+    waitForStop(signals, stop);
+
+    // Notices stop first, so no simulator thread calls into the adapter
+    // while it is deleted. A console still waiting for an application-state
+    // answer is released by the bridge's teardown.
+    console.stop();
+    simulator.quiesce();
+    delete adapter;
+    consoleThread.join();
+    Simulator::install(nullptr);
+    return 0;
+}
+
+}  // namespace sim
+}  // namespace tessarine

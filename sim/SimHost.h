@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+namespace tessarine {
+namespace sim {
+
+struct SimOptions {
+    std::string scenarioFile;  // empty: the built-in scenario
+    std::string socketDirectory;  // empty: the fixed production paths
+    std::string scriptFile;    // empty: the terminal, when standard input is one
+    bool quiet = false;
+};
+
+// The simulated receiver's life as a host: check the scenario, bring the
+// bridge up through the adapter, serve until a signal or quit, tear down.
+class SimHost {
+public:
+    // Exit codes: 0 after a clean stop, 2 for a bad scenario, script or
+    // socket directory (before any socket exists).
+    static constexpr int EXIT_BAD_INPUT = 2;
+
+    static int run(const SimOptions& options);
+};
+
+}  // namespace sim
+}  // namespace tessarine

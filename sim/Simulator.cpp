@@ -1,0 +1,106 @@
+#include "sim/Simulator.h"
+
+#include <sstream>
+
+#include "sim/ScenarioSections.h"
+
+namespace tessarine {
+namespace sim {
+
+namespace {
+std::atomic<Simulator*> current{nullptr};
+}
+
+void Simulator::install(Simulator* simulator) { current.store(simulator); }
+Simulator* Simulator::installed() { return current.load(); }
+
+Simulator::Simulator(const Scenario& scenario, RequestLog& log)
+    : scenario_(scenario),
+      log_(log),
+      gate_(log),
+      video_(scenario.video, scenario.media, scheduler_, gate_, log),
+      property_(scenario.properties, log),
+      si_(scenario.si, log),
+      carousel_(scenario.carousels, scheduler_, gate_, log),
+      demux_(std::make_unique<ScenarioSections>(scenario.sections), log),
+      tuner_(scenario.tuner, log),
+      dsmcc_(gate_, log),
+      version_(scenario.versionFlags, log) {}
+
+Simulator::~Simulator() { quiesce(); }
+
+void Simulator::quiesce() {
+    gate_.close();
+    scheduler_.stop();
+}
+
+void Simulator::clientConnected() {
+    {
+        std::lock_guard<std::mutex> lock(connectionMutex_);
+        connected_ = true;
+    }
+    gate_.setClient(true);
+    connectionChanged_.notify_all();
+    log_.note("client connected");
+    startTimeline();
+}
+
+void Simulator::clientDisconnected() {
+    {
+        std::lock_guard<std::mutex> lock(connectionMutex_);
+        connected_ = false;
+    }
+    gate_.setClient(false);
+    ++timeline_;
+    log_.note("client disconnected");
+}
+
+bool Simulator::waitForClient(std::chrono::duration<double> patience) {
+    std::unique_lock<std::mutex> lock(connectionMutex_);
+    return connectionChanged_.wait_for(lock, patience, [this] { return connected_.load(); });
+}
+
+void Simulator::startTimeline() {
+    const unsigned generation = ++timeline_;
+    const auto start = Scheduler::Clock::now();
+    for (std::size_t i = 0; i < scenario_.streamEvents.size(); ++i) {
+        const auto due = start + std::chrono::duration_cast<Scheduler::Clock::duration>(
+                                     std::chrono::duration<double>(scenario_.streamEvents[i].at));
+        scheduler_.at(due, [this, generation, i, due] { streamEventDue(generation, i, due); });
+    }
+    for (const auto& change : scenario_.graphics) {
+        scheduler_.after(std::chrono::duration<double>(change.at), [this, generation, change] {
+            if (timeline_ == generation && !video_.changeGraphics(change.first, change.second))
+                log_.note("graphics change dropped: no graphics listener");
+        });
+    }
+}
+
+void Simulator::streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due) {
+    if (timeline_ != generation) return;
+    const StreamEvent& event = scenario_.streamEvents[index];
+    if (!dsmcc_.deliver(event.name, event.command)) log_.note("stream event \"" + event.name + "\" dropped: no listener");
+    if (event.every) {
+        // From the due time, not from now, so that a repeating event keeps its period.
+        const auto next = due + std::chrono::duration_cast<Scheduler::Clock::duration>(std::chrono::duration<double>(*event.every));
+        scheduler_.at(next, [this, generation, index, next] { streamEventDue(generation, index, next); });
+    }
+}
+
+std::vector<std::string> Simulator::status() {
+    std::vector<std::string> lines;
+    lines.push_back(std::string("client: ") + (hasClient() ? "connected" : "not connected"));
+    std::ostringstream requests;
+    requests << "requests:";
+    const auto counts = log_.requestCounts();
+    // The application state and stream events go to the client: they count as events.
+    for (std::size_t i = 0; i <= static_cast<std::size_t>(Family::Demux); ++i)
+        requests << ' ' << RequestLog::name(static_cast<Family>(i)) << ' ' << counts[i];
+    lines.push_back(requests.str());
+    lines.push_back("events sent: " + std::to_string(log_.eventCount()));
+    for (auto& line : video_.describePlayers()) lines.push_back(std::move(line));
+    return lines;
+}
+
+}  // namespace sim
+}  // namespace tessarine

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "sim/EventGate.h"
+#include "sim/RequestLog.h"
+#include "sim/Scenario.h"
+#include "sim/Scheduler.h"
+#include "sim/SimCarouselFacade.h"
+#include "sim/SimDemuxFacade.h"
+#include "sim/SimDsmCCCommandFacade.h"
+#include "sim/SimPropertyFacade.h"
+#include "sim/SimSIFacade.h"
+#include "sim/SimTunerFacade.h"
+#include "sim/SimVersionFacade.h"
+#include "sim/SimVideoFacade.h"
+#include "tessarine/ConnectionListener.h"
+
+namespace tessarine {
+namespace sim {
+
+// The simulated receiver: the eight facades built from a scenario, the
+// thread that raises their notices, and the scenario's timeline of stream
+// events and graphics changes, which starts anew whenever a client connects.
+class Simulator final : public ConnectionListener {
+public:
+    Simulator(const Scenario& scenario, RequestLog& log);
+    ~Simulator();
+    Simulator(const Simulator&) = delete;
+    Simulator& operator=(const Simulator&) = delete;
+
+    // The simulator whose facades the factory functions hand out.
+    static void install(Simulator* simulator);
+    static Simulator* installed();
+
+    SimVideoFacade& video() { return video_; }
+    SimPropertyFacade& property() { return property_; }
+    SimSIFacade& si() { return si_; }
+    SimCarouselFacade& carousel() { return carousel_; }
+    SimDemuxFacade& demux() { return demux_; }
+    SimTunerFacade& tuner() { return tuner_; }
+    SimDsmCCCommandFacade& dsmcc() { return dsmcc_; }
+    SimVersionFacade& version() { return version_; }
+
+    // ConnectionListener: the timeline runs while a client is connected.
+    void clientConnected() override;
+    void clientDisconnected() override;
+    bool hasClient() const { return connected_.load(); }
+    // True once a client is connected; false when `patience` runs out first.
+    bool waitForClient(std::chrono::duration<double> patience);
+
+    // Stops every notice to the bridge and the simulator's thread. After it
+    // the bridge can be deleted while the facades still exist.
+    void quiesce();
+
+    // Connection, counts of requests per family and of events, players.
+    std::vector<std::string> status();
+
+private:
+    void startTimeline();
+    void streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due);
+
+    const Scenario& scenario_;
+    RequestLog& log_;
+    EventGate gate_;
+    Scheduler scheduler_;
+    SimVideoFacade video_;
+    SimPropertyFacade property_;
+    SimSIFacade si_;
+    SimCarouselFacade carousel_;
+    SimDemuxFacade demux_;
+    SimTunerFacade tuner_;
+    SimDsmCCCommandFacade dsmcc_;
+    SimVersionFacade version_;
+
+    std::mutex connectionMutex_;
+    std::condition_variable connectionChanged_;
+    std::atomic<bool> connected_{false};
+    // Bumped by every connection and disconnection: timeline tasks of an
+    // earlier connection see a different number and do nothing.
+    std::atomic<unsigned> timeline_{0};
+};
+
+}  // namespace sim
+}  // namespace tessarine

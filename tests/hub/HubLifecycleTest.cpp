@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "ScriptedListener.h"
+#include "support/DemuxTestClient.h"
+
+namespace tessarine {
+namespace {
+
+using testing::makeRecord;
+using namespace std::chrono_literals;
+
+std::size_t entries(const char* directory) {
+    const std::filesystem::directory_iterator all(directory);
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+class Connections : public ConnectionListener {
+public:
+    void clientConnected() override { log.push("connected"); }
+    void clientDisconnected() override { log.push("disconnected"); }
+    testing::EventLog<std::string> log;
+};
+
+using HubLifecycleTest = testing::HubTest;
+
+TEST_F(HubLifecycleTest, DispatcherLogsUnknownTypesAndAnswersVersionChecks) {
+    Connections connections;
+    hub->addConnectionListener(&connections);
+    auto client = connect();
+    ASSERT_TRUE(connections.log.waitFor(1));
+
+    ::testing::internal::CaptureStderr();
+    for (int type : {7, 9, 11, -1}) ASSERT_TRUE(client->send(makeRecord(type, 0)));
+    EXPECT_EQ(ask(*client, makeRecord(MSG_VERSION, 5)).bytes()[12], 0) << "no listener: false";
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "Unknown message: 7\nUnknown message: 9\nUnknown message: 11\nUnknown message: -1\n");
+
+    lower.number = 0x1FF;
+    hub->addIpcServerListener(&lower);
+    const message answer = ask(*client, makeRecord(MSG_VERSION, 5));
+    EXPECT_EQ(std::make_tuple(answer.type, answer.code, answer.bytes()[12]), std::make_tuple(10, 5, 0xFF));
+
+    client->close();
+    ASSERT_TRUE(connections.log.waitFor(2));
+    EXPECT_EQ(connections.log.snapshot().back(), "disconnected");
+    EXPECT_EQ(lower.calls.snapshot().back(), "setVideoProperty 2") << "the end of a connection resets video";
+    hub->removeConnectionListener(&connections);  // waits for a fan-out still running
+}
+
+TEST_F(HubLifecycleTest, OneHubForConcurrentCallersAndTheDirectoryIsFixedWhileItLives) {
+    IpcServerManager::destroy();
+    IpcServerManager* seen[2] = {};
+    std::thread a([&] { seen[0] = IpcServerManager::getInstance(); });
+    std::thread b([&] { seen[1] = IpcServerManager::getInstance(); });
+    a.join();
+    b.join();
+    EXPECT_NE(seen[0], nullptr);
+    EXPECT_EQ(seen[0], seen[1]);
+    EXPECT_FALSE(IpcServerManager::setSocketDirectory("/tmp"));
+    EXPECT_EQ(IpcServerManager::socketDirectory(), dir.path());
+    IpcServerManager::destroy();
+    EXPECT_FALSE(IpcServerManager::setSocketDirectory("/" + std::string(100, 'd')));
+}
+
+TEST_F(HubLifecycleTest, DestroyAndRecreateBindsBothSocketsAgainWithoutLeaks) {
+    auto roundTrip = [&] {
+        hub = IpcServerManager::getInstance();
+        auto client = connect();
+        EXPECT_EQ(ask(*client, makeRecord(MSG_VERSION, 1)).type, MSG_VERSION);
+        testing::DemuxTestClient demux(dir.file("ipcdemux.socket"), 500ms);
+        EXPECT_TRUE(demux.connected());
+        IpcServerManager::destroy();
+    };
+    roundTrip();  // settles lazily opened runtime descriptors
+    const std::size_t fds = entries("/proc/self/fd"), threads = entries("/proc/self/task");
+    for (int i = 0; i < 5; ++i) roundTrip();
+    EXPECT_EQ(entries("/proc/self/fd"), fds);
+    EXPECT_EQ(entries("/proc/self/task"), threads);
+}
+
+}  // namespace
+}  // namespace tessarine

@@ -1,0 +1,278 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "SimProcess.h"
+#include "support/ControlTestClient.h"
+#include "support/DemuxTestClient.h"
+#include "support/TempDir.h"
+
+namespace tessarine {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ControlTestClient;
+using testing::DemuxTestClient;
+using testing::makeRecord;
+using testing::SimProcess;
+using testing::TempDir;
+
+constexpr auto EXIT_PATIENCE = 10000ms;
+
+void putText(message& record, std::size_t offset, const std::string& text) {
+    std::memcpy(record.bytes() + offset, text.c_str(), text.size() + 1);
+}
+
+std::string textAt(const message& record, std::size_t offset) {
+    return std::string(reinterpret_cast<const char*>(record.bytes() + offset));
+}
+
+class SimProgram : public ::testing::Test {
+protected:
+    std::string writeFile(const std::string& name, const std::string& text) {
+        std::ofstream(files.file(name)) << text;
+        return files.file(name);
+    }
+    std::unique_ptr<SimProcess> start(const std::string& scenario, std::vector<std::string> more = {}) {
+        std::vector<std::string> arguments{"--scenario", writeFile("scenario.json", scenario), "--socket-dir",
+                                           sockets.path()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return std::make_unique<SimProcess>(arguments, files.path());
+    }
+    std::unique_ptr<SimProcess> startServing(const std::string& scenario, std::vector<std::string> more = {}) {
+        auto sim = start(scenario, std::move(more));
+        EXPECT_TRUE(sim->waitUntilServing()) << sim->err();
+        return sim;
+    }
+    std::string controlPath() const { return sockets.path() + "/ipc.socket"; }
+
+    // A request answered by one record with the request's type and code.
+    message ask(ControlTestClient& client, message request) {
+        EXPECT_TRUE(client.send(request));
+        auto answer = client.receive();
+        EXPECT_TRUE(answer.has_value()) << "no answer to type " << request.type << " code " << request.code;
+        if (!answer) return makeRecord(-1, -1);
+        EXPECT_EQ(answer->type, request.type);
+        EXPECT_EQ(answer->code, request.code);
+        return *answer;
+    }
+    // A list answer: the header's count, then that many item records.
+    std::vector<message> askList(ControlTestClient& client, const message& request) {
+        EXPECT_TRUE(client.send(request));
+        std::vector<message> items;
+        auto header = client.receive();
+        if (!header || header->type != MSG_LIST_HEADER) {
+            ADD_FAILURE() << "no list header";
+            return items;
+        }
+        for (int i = 0; i < header->code; ++i)
+            if (auto item = client.receive()) items.push_back(*item);
+        return items;
+    }
+
+    TempDir files;
+    TempDir sockets;
+};
+
+struct BadFile {
+    const char* what;
+    const char* json;
+    const char* message;
+};
+
+class BadScenarioFile : public SimProgram, public ::testing::WithParamInterface<BadFile> {};
+
+TEST_P(BadScenarioFile, IsRefusedWithItsMessageBeforeAnySocketExists) {
+    auto sim = start(GetParam().json);
+    EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 2);
+    EXPECT_NE(sim->err().find(GetParam().message), std::string::npos) << sim->err();
+    EXPECT_TRUE(std::filesystem::is_empty(sockets.path()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BadScenarioFile,
+    ::testing::Values(
+        BadFile{"invalid_json", "{\"media\": [", "scenario.json: $: expected valid JSON, found"},
+        BadFile{"wrong_type", R"({"si": {"currentService": "one"}})",
+                "$.si.currentService: expected a 32-bit integer, found string \"one\""},
+        BadFile{"unknown_key", R"({"si": {"service": []}})", "$.si.service: expected no such key"},
+        BadFile{"bad_hex", R"({"si": {"programEvent": {"bytes0": "zz"}}})", "$.si.programEvent.bytes0: expected hex bytes"},
+        BadFile{"missing_field", R"({"carousels": [{"name": "c"}]})",
+                "$.carousels[0].mount: expected a value (required), found nothing"}),
+    [](const ::testing::TestParamInfo<BadFile>& info) { return std::string(info.param.what); });
+
+constexpr const char* FAMILIES_SCENARIO = R"({
+    "video": {"bounds": {"x": 11, "y": 22, "width": 333, "height": 444}, "language3": "qaa",
+              "languages": ["l1", "l2"], "rates": [90, 91, 92, 93, 94, 95, 96, 97]},
+    "properties": {"p.one": "v1", "p.two": "v2"},
+    "tuner": {"currentTransportStreamId": 4242, "idLists": [{"kind": 2, "ids": [5, 9]}]},
+    "carousels": [{"name": "car", "mount": "/mnt/car"}],
+    "si": {"currentService": 77, "services": [{"value0": 1, "text0": "Svc One"}, {"value0": 2, "text0": "Svc Two"}],
+           "network": {"value0": 31, "text0": "Net"},
+           "descriptors": {"network": [{"id": 64, "data": "01 02 03"}]}},
+    "versionFlags": [3],
+    "media": [{"locator": "file:///one.mp4", "duration": 1000}],
+    "sections": [{"pid": 32, "data": "02 b0 01"}]
+})";
+
+TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
+    auto sim = startServing(FAMILIES_SCENARIO);
+    ControlTestClient client(controlPath(), 5000ms);
+    ASSERT_TRUE(client.connected()) << sim->err();
+
+    EXPECT_EQ(ask(client, makeRecord(MSG_VERSION, 3)).payload[0], 1);
+    EXPECT_EQ(ask(client, makeRecord(MSG_VERSION, 4)).payload[0], 0);
+
+    message bounds = ask(client, makeRecord(MSG_VIDEO, 1));
+    EXPECT_EQ((std::vector<int>{bounds.get<int>(12), bounds.get<int>(16), bounds.get<int>(20), bounds.get<int>(24)}),
+              (std::vector<int>{11, 22, 333, 444}));
+    EXPECT_EQ(ask(client, makeRecord(MSG_VIDEO, 12)).get<int>(12), 93);
+    EXPECT_EQ(textAt(ask(client, makeRecord(MSG_VIDEO, 3)), 12), "qaa");
+    auto languages = askList(client, makeRecord(MSG_VIDEO, 4));
+    ASSERT_EQ(languages.size(), 2u);
+    EXPECT_EQ(textAt(languages[1], 12), "l2");
+
+    message get = makeRecord(MSG_PROPERTY, 0);
+    putText(get, 12, "p.one");
+    EXPECT_EQ(textAt(ask(client, get), 267), "v1");
+    message set = makeRecord(MSG_PROPERTY, 2);
+    putText(set, 12, "p.three");
+    putText(set, 267, "v3");
+    ASSERT_TRUE(client.send(set));
+    message remove = makeRecord(MSG_PROPERTY, 3);
+    putText(remove, 12, "p.two");
+    ASSERT_TRUE(client.send(remove));
+    auto properties = askList(client, makeRecord(MSG_PROPERTY, 1));
+    ASSERT_EQ(properties.size(), 2u);
+    EXPECT_EQ(textAt(properties[0], 12) + "=" + textAt(properties[0], 267), "p.one=v1");
+    EXPECT_EQ(textAt(properties[1], 12) + "=" + textAt(properties[1], 267), "p.three=v3");
+
+    message audio = makeRecord(MSG_AUDIO, 0);
+    audio.put<double>(16, 0.5);
+    ASSERT_TRUE(client.send(audio));
+
+    EXPECT_EQ(ask(client, makeRecord(MSG_TUNER, 0)).get<int>(12), 4242);
+    message ids = makeRecord(MSG_TUNER, 2);
+    auto idList = askList(client, ids);
+    ASSERT_EQ(idList.size(), 2u);
+    EXPECT_EQ(idList[1].get<int>(12), 9);
+
+    message mount = makeRecord(MSG_CAROUSEL, 0);
+    putText(mount, 12, "car");
+    EXPECT_EQ(textAt(ask(client, mount), 267), "/mnt/car");
+
+    EXPECT_EQ(ask(client, makeRecord(MSG_SI, 7)).get<int>(12), 77);
+    auto services = askList(client, makeRecord(MSG_SI, 6));
+    ASSERT_EQ(services.size(), 2u);
+    EXPECT_EQ(textAt(services[1], 36), "Svc Two");
+    message network = ask(client, makeRecord(MSG_SI, 14));
+    EXPECT_EQ(network.get<int>(12), 31);
+    EXPECT_EQ(textAt(network, 16), "Net");
+    auto descriptors = askList(client, makeRecord(MSG_SI, 15));
+    ASSERT_EQ(descriptors.size(), 1u);
+    EXPECT_EQ(descriptors[0].get<std::uint16_t>(12), 64);
+    ASSERT_EQ(descriptors[0].get<std::uint32_t>(16), 3u);
+    EXPECT_EQ(client.receiveBytes(3), (std::vector<unsigned char>{1, 2, 3}));
+
+    message open = makeRecord(MSG_MEDIA, 0);
+    putText(open, 16, "file:///one.mp4");
+    message opened = ask(client, open);
+    EXPECT_EQ(opened.payload[4], 1);
+    EXPECT_EQ(opened.get<int>(12), 1);
+    message duration = makeRecord(MSG_MEDIA, 1);
+    duration.put<int>(12, 1);
+    EXPECT_EQ(ask(client, duration).get<int>(16), 1000);
+
+    DemuxTestClient demux(sockets.path() + "/ipcdemux.socket");
+    ASSERT_TRUE(demux.connected());
+    ASSERT_TRUE(demux.sendWord(0) && demux.sendWord(2) && demux.sendWord(32));
+    EXPECT_EQ(demux.readSection(), (std::vector<unsigned char>{0x02, 0xb0, 0x01}));
+
+    // Requests without an answer show in the log.
+    const std::string log = sim->err();
+    EXPECT_NE(log.find("request audio 0 level 0.5"), std::string::npos) << log;
+    EXPECT_NE(log.find("request property 3 remove \"p.two\""), std::string::npos);
+}
+
+TEST_F(SimProgram, AOneSecondMediumPlayedToTheEndEndsOnce) {
+    auto sim = startServing(FAMILIES_SCENARIO);
+    ControlTestClient client(controlPath(), 5000ms);
+    ASSERT_TRUE(client.connected()) << sim->err();
+    message open = makeRecord(MSG_MEDIA, 0);
+    putText(open, 16, "file:///one.mp4");
+    const int handle = ask(client, open).get<int>(12);
+    message listen = makeRecord(MSG_MEDIA, 4);
+    listen.put<int>(12, handle);
+    ASSERT_TRUE(client.send(listen));
+    message play = makeRecord(MSG_MEDIA, 5);
+    play.put<int>(12, handle);
+    const auto started = std::chrono::steady_clock::now();
+    EXPECT_EQ(ask(client, play).payload[4], 1);
+
+    auto end = client.receive(5000ms);
+    ASSERT_TRUE(end.has_value());
+    EXPECT_GE(std::chrono::steady_clock::now() - started, 900ms);
+    EXPECT_EQ(end->type, MSG_MEDIA);
+    EXPECT_EQ(end->code, 16);
+    EXPECT_EQ(end->get<int>(12), handle);
+    EXPECT_TRUE(client.quietFor(1500ms)) << "a second end of media";
+}
+
+TEST_F(SimProgram, AScheduledStreamEventArrivesWithItsTextWhole) {
+    std::string text;
+    for (int i = 0; text.size() < 2500; ++i) text += "word" + std::to_string(i) + " ";
+    auto sim = startServing(R"({"streamEvents": [{"at": 0.2, "code": 5, "value": 123456789012, "byte": 200, "text": ")" +
+                     text + "\"}]}");
+    ControlTestClient client(controlPath(), 5000ms);
+    ASSERT_TRUE(client.connected()) << sim->err();
+
+    auto header = client.receive(5000ms);
+    ASSERT_TRUE(header.has_value());
+    ASSERT_EQ(header->type, MSG_LIST_HEADER);
+    ASSERT_EQ(header->code, 2);
+    std::string received;
+    for (int i = 0; i < 2; ++i) {
+        auto chunk = client.receive();
+        ASSERT_TRUE(chunk.has_value());
+        EXPECT_EQ(chunk->type, MSG_DSMCC);
+        EXPECT_EQ(chunk->code, 5);
+        EXPECT_EQ(chunk->get<std::int64_t>(16), 123456789012LL);
+        EXPECT_EQ(chunk->bytes()[24], 200);
+        received += textAt(*chunk, 25);
+    }
+    EXPECT_EQ(received, text);
+}
+
+TEST_F(SimProgram, AppStateFromAScriptReachesAClientThatAnswers) {
+    auto sim = startServing("{}", {"--script", writeFile("script", "waitclient 10\nappstate 4\nquit\n")});
+    ControlTestClient client(controlPath(), 5000ms);
+    ASSERT_TRUE(client.connected()) << sim->err();
+    auto request = client.receive(5000ms);
+    ASSERT_TRUE(request.has_value());
+    EXPECT_EQ(request->type, MSG_APP_STATE);
+    EXPECT_EQ(request->code, 4);
+    message answer = makeRecord(MSG_APP_STATE, 4);
+    answer.payload[0] = 9;
+    ASSERT_TRUE(client.send(answer));
+    EXPECT_TRUE(sim->waitForOutput("application state 4: client answered 9", 5000ms)) << sim->out();
+    EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 0) << "the script's quit";
+}
+
+TEST_F(SimProgram, SigtermWithAClientConnectedEndsTheProgramCleanly) {
+    auto sim = std::make_unique<SimProcess>(std::vector<std::string>{"--socket-dir", sockets.path(), "--quiet"},
+                                            files.path());
+    ASSERT_TRUE(sim->waitUntilServing()) << sim->err();
+    ControlTestClient client(controlPath(), 5000ms);
+    ASSERT_TRUE(client.connected()) << sim->err();
+    EXPECT_EQ(ask(client, makeRecord(MSG_VERSION, 1)).payload[0], 1) << "the built-in scenario sets flag 1";
+    sim->signal(SIGTERM);
+    EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 0) << sim->err();
+    EXPECT_NE(sim->out().find("deleting middleware ipc"), std::string::npos);
+    EXPECT_EQ(sim->err().find("request"), std::string::npos) << "--quiet";
+}
+
+}  // namespace
+}  // namespace tessarine
