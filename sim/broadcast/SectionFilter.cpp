@@ -71,9 +71,12 @@ void SectionFilter::start() {
 }
 
 void SectionFilter::stop() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    running_ = false;
-    queue_.clear();
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        running_ = false;
+        queue_.clear();
+    }
+    arrived_.notify_all();  // a read waiting on another thread returns now
 }
 
 void SectionFilter::set_pid(int pid) {

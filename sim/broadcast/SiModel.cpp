@@ -138,40 +138,49 @@ void SiModel::setPat(uint16_t tsid, uint8_t version, const std::vector<std::pair
                  ? std::next(it)
                  : pmts_.erase(it);
     ++updates_;
+    ++changes_;
 }
 
 void SiModel::setPmt(PmtTable pmt) {
     std::lock_guard<std::mutex> lock(mutex_);
     pmts_[pmt.program] = std::move(pmt);
     ++updates_;
+    ++changes_;
 }
 
 void SiModel::setSdt(SdtTable sdt) {
     std::lock_guard<std::mutex> lock(mutex_);
     sdt_ = std::move(sdt);
     ++updates_;
+    ++changes_;
 }
 
 void SiModel::setNit(NitTable nit) {
     std::lock_guard<std::mutex> lock(mutex_);
     nit_ = std::move(nit);
     ++updates_;
+    ++changes_;
 }
 
 void SiModel::setEit(EitTable eit) {
     std::lock_guard<std::mutex> lock(mutex_);
     eits_[{eit.service, eit.tableId}] = std::move(eit);
     ++updates_;
+    ++changes_;
 }
 
 void SiModel::markScrambled(uint16_t pid) {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (pid < scrambled_.size()) scrambled_[pid] = true;
+    if (pid < scrambled_.size() && !scrambled_[pid]) {
+        scrambled_[pid] = true;
+        ++changes_;
+    }
 }
 
 void SiModel::setCurrentService(int serviceId) {
     std::lock_guard<std::mutex> lock(mutex_);
     current_ = serviceId;
+    ++changes_;
 }
 
 std::vector<std::pair<uint16_t, uint16_t>> SiModel::programs() const {
@@ -182,6 +191,11 @@ std::vector<std::pair<uint16_t, uint16_t>> SiModel::programs() const {
 uint64_t SiModel::updates() const {
     std::lock_guard<std::mutex> lock(mutex_);
     return updates_;
+}
+
+uint64_t SiModel::changes() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return changes_;
 }
 
 int SiModel::currentLocked() const {

@@ -101,6 +101,10 @@ public:
     std::vector<std::pair<uint16_t, uint16_t>> programs() const;
     // Number of table versions taken in so far.
     uint64_t updates() const;
+    // Grows with every change that can alter an answer (tables, scrambled
+    // components, the current service): readers that copy the answers
+    // compare it to know when to copy again.
+    uint64_t changes() const;
 
     // The SI facade's queries (see docs for the mapping). Records that the
     // stream does not carry yet are empty optionals; lists are then empty.
@@ -140,6 +144,7 @@ private:
     std::vector<bool> scrambled_ = std::vector<bool>(8192, false);
     int current_ = -1;
     uint64_t updates_ = 0;
+    uint64_t changes_ = 0;
 };
 
 // Decodes a DVB text field (its first bytes may select a character table)
