@@ -1,0 +1,323 @@
+#include "Connection.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tessarine/TextField.h"
+#include "tessarine/descriptor.h"
+#include "tessarine/program_event.h"
+
+namespace tessarine {
+namespace client {
+namespace detail {
+
+namespace {
+
+constexpr std::size_t DSMCC_TEXT_OFFSET = 25;
+constexpr std::size_t DSMCC_TEXT_AREA = 1928;
+constexpr std::int32_t GRAPHICS_SETTINGS_EVENT = 17;
+constexpr std::int32_t DOWNLOAD_COMPLETE_EVENT = 2;
+constexpr std::int32_t END_OF_MEDIA_EVENT = 16;
+
+Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
+
+std::string field(const message& record, std::size_t offset, std::size_t limit = TEXT_FIELD_SIZE) {
+    return readTextField(reinterpret_cast<const char*>(record.bytes() + offset), limit);
+}
+
+// Whether `record` is an item of the list that `expected` awaits, whose
+// header announced `count` items.
+bool isItemOf(const Expectation& expected, const message& record, std::int32_t count) {
+    if (record.type != expected.type) return false;
+    switch (expected.itemCode) {
+    case ItemCode::Any:
+        return true;
+    case ItemCode::EqualsCount:
+        return record.code == count;
+    case ItemCode::Exact:
+        return record.code == expected.code;
+    }
+    return false;
+}
+
+Rectangle rectangleAt(const message& record, std::size_t offset) {
+    Rectangle r;
+    r.x = record.get<std::int32_t>(offset);
+    r.y = record.get<std::int32_t>(offset + 4);
+    r.width = record.get<std::int32_t>(offset + 8);
+    r.height = record.get<std::int32_t>(offset + 12);
+    return r;
+}
+
+}  // namespace
+
+std::shared_ptr<Connection> Connection::open(const ClientOptions& options, ConnectionSink& sink,
+                                             Clock::time_point deadline, std::optional<Error>& error) {
+    const int fd = connectUnix(options.socketPath, deadline);
+    if (fd < 0) {
+        const int cause = errno;
+        error = Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
+                      "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
+        return nullptr;
+    }
+    std::shared_ptr<Connection> connection(new Connection(fd, options, sink));
+    // Started only now, so that the reader can hand out weak references.
+    connection->reader_ = std::thread([raw = connection.get()] { raw->run(); });
+    return connection;
+}
+
+Connection::Connection(int fd, const ClientOptions& options, ConnectionSink& sink)
+    : fd_(fd), options_(options), sink_(sink) {}
+
+Connection::~Connection() {
+    close();
+    ::close(fd_);
+}
+
+void Connection::close() {
+    closing_ = true;
+    ::shutdown(fd_, SHUT_RDWR);
+    if (reader_.joinable() && reader_.get_id() != std::this_thread::get_id()) reader_.join();
+}
+
+IoStatus Connection::send(const message& record, Clock::time_point deadline) {
+    std::lock_guard<std::mutex> lock(sendMutex_);
+    if (!alive_) return IoStatus::Closed;
+    return writeAll(fd_, record.bytes(), MESSAGE_SIZE, deadline);
+}
+
+void Connection::run() {
+    Error reason(ErrorCode::ConnectionLost, "the bridge closed the connection");
+    std::optional<message> next;
+    for (;;) {
+        message record;
+        if (next) {
+            record = *next;
+            next.reset();
+        } else if (auto fault = readRecord(record, false)) {
+            reason = *fault;
+            break;
+        }
+        if (auto fault = handle(record, next)) {
+            reason = *fault;
+            break;
+        }
+    }
+    // A fault leaves the framing unknown: nothing more can be read.
+    alive_ = false;
+    ::shutdown(fd_, SHUT_RDWR);
+    sink_.connectionEnded(reason, closing_.load());
+}
+
+std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
+    switch (readExact(fd_, record.bytes(), MESSAGE_SIZE)) {
+    case IoStatus::Ok:
+        return std::nullopt;
+    case IoStatus::Closed:
+        if (!insideAnswer) return Error(ErrorCode::ConnectionLost, "the bridge closed the connection");
+        [[fallthrough]];
+    default:
+        return Error(ErrorCode::ConnectionLost,
+                     insideAnswer ? "the connection ended in the middle of an answer" : "the connection failed");
+    }
+}
+
+std::optional<Error> Connection::readBytes(std::size_t count, std::vector<std::uint8_t>& into) {
+    if (count > options_.maxTrailingBytes) {
+        return malformed("trailing data of " + std::to_string(count) + " bytes exceeds the limit of " +
+                         std::to_string(options_.maxTrailingBytes));
+    }
+    answerBytes_ += count;
+    if (answerBytes_ > options_.maxTrailingBytes * 64) return malformed("the answer's trailing data exceeds its limit");
+    into.resize(count);
+    if (count > 0 && readExact(fd_, into.data(), count) != IoStatus::Ok) {
+        return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> Connection::readTrailing(Trailing kind, const message& record, Answer& answer) {
+    TrailingData data;
+    if (kind == Trailing::Descriptor) {
+        if (auto fault = readBytes(descriptor::length(record.bytes() + 12), data.bytes[0])) return fault;
+    } else if (kind == Trailing::ProgramEvent) {
+        const auto counts = program_event::counts(record.bytes() + 12);
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (auto fault = readBytes(counts[i], data.bytes[i])) return fault;
+        }
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (counts[3 + i] > options_.maxStringsPerList) {
+                return malformed("string list of " + std::to_string(counts[3 + i]) + " strings exceeds the limit");
+            }
+            for (std::uint32_t s = 0; s < counts[3 + i]; ++s) {
+                std::uint32_t length = 0;
+                if (readExact(fd_, &length, sizeof length) != IoStatus::Ok) {
+                    return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
+                }
+                std::vector<std::uint8_t> bytes;
+                if (auto fault = readBytes(length, bytes)) return fault;
+                data.strings[i].emplace_back(bytes.begin(), bytes.end());
+            }
+        }
+    } else {
+        return std::nullopt;
+    }
+    answer.trailing.push_back(std::move(data));
+    return std::nullopt;
+}
+
+std::optional<Error> Connection::handle(const message& record, std::optional<message>& next) {
+    const auto type = static_cast<std::uint32_t>(record.type);
+    if (type > MSG_VERSION) return malformed("unknown record type " + std::to_string(record.type));
+
+    switch (record.type) {
+    case MSG_LIST_HEADER:
+        return handleListHeader(record, next);
+    case MSG_DSMCC:
+        handleDsmcc(record);
+        return std::nullopt;
+    case MSG_APP_STATE:
+        sink_.eventArrived(AppStateRequest{record.code, weak_from_this()});
+        return std::nullopt;
+    default:
+        break;
+    }
+    // Events are told from answers by type and code: no request is answered
+    // with these codes.
+    if (record.type == MSG_VIDEO && record.code == GRAPHICS_SETTINGS_EVENT) {
+        sink_.eventArrived(GraphicsSettings{rectangleAt(record, 12), rectangleAt(record, 28)});
+        return std::nullopt;
+    }
+    if (record.type == MSG_CAROUSEL && record.code == DOWNLOAD_COMPLETE_EVENT) {
+        sink_.eventArrived(DownloadComplete{field(record, FIRST_TEXT_OFFSET), field(record, SECOND_TEXT_OFFSET)});
+        return std::nullopt;
+    }
+    if (record.type == MSG_MEDIA && record.code == END_OF_MEDIA_EVENT) {
+        sink_.eventArrived(EndOfMedia{record.get<std::int32_t>(12)});
+        return std::nullopt;
+    }
+
+    const auto pending = sink_.pendingCall();
+    if (pending) {
+        const Expectation& expected = pending->second;
+        const bool matches = expected.kind == Expectation::Kind::Anything ||
+                             (expected.kind == Expectation::Kind::Single && expected.type == record.type &&
+                              expected.code == record.code);
+        if (matches) {
+            Answer answer;
+            answer.records.push_back(record);
+            answerBytes_ = 0;
+            if (auto fault = readTrailing(expected.trailing, record, answer)) return fault;
+            sink_.answerArrived(pending->first, std::move(answer));
+            return std::nullopt;
+        }
+    }
+    return malformed("unexpected " + describeRecord(record.type, record.code) +
+                     (pending ? " while waiting for " + describeRecord(pending->second.type, pending->second.code)
+                              : " while no call waits"));
+}
+
+std::optional<Error> Connection::handleListHeader(const message& header, std::optional<message>& next) {
+    const std::int32_t count = header.code;
+    if (count < 0) return malformed("list header with the negative count " + std::to_string(count));
+    const auto pending = sink_.pendingCall();
+    const bool listAwaited = pending && (pending->second.kind == Expectation::Kind::List ||
+                                         pending->second.kind == Expectation::Kind::Anything);
+    // A DSM-CC header announces at least two chunks.
+    const bool couldBeDsmcc = count >= 2 && static_cast<std::size_t>(count) <= options_.maxDsmccChunks;
+
+    if (listAwaited && static_cast<std::size_t>(count) <= options_.maxListItems) {
+        const Expectation& expected = pending->second;
+        // A raw request cannot frame a list it does not know: it gets the header.
+        if (count == 0 || expected.kind == Expectation::Kind::Anything) {
+            Answer answer;
+            answer.header = header;
+            sink_.answerArrived(pending->first, std::move(answer));
+            return std::nullopt;
+        }
+        // The header alone does not say whether it heads our list or a
+        // DSM-CC command's chunks; the record after it does.
+        message first;
+        if (auto fault = readRecord(first, true)) return fault;
+        if (isItemOf(expected, first, count)) return readList(expected, pending->first, header, first);
+        if (!couldBeDsmcc) {
+            return malformed("list item " + describeRecord(first.type, first.code) + " does not belong to " +
+                             describeRecord(expected.type, expected.code));
+        }
+        startDsmcc(count);
+        next = first;
+        return std::nullopt;
+    }
+    if (couldBeDsmcc) {
+        startDsmcc(count);
+        return std::nullopt;
+    }
+    return malformed("list header with count " + std::to_string(count) +
+                     (listAwaited ? " beyond the limit" : " while no list is awaited"));
+}
+
+std::optional<Error> Connection::readList(const Expectation& expected, std::uint64_t token, const message& header,
+                                          const message& first) {
+    const auto count = static_cast<std::size_t>(header.code);
+    Answer answer;
+    answer.header = header;
+    answerBytes_ = 0;
+    // Items are stored as they arrive, never reserved by the announced count.
+    answer.records.push_back(first);
+    if (expected.trailing == Trailing::Descriptor) {
+        if (auto fault = readTrailing(expected.trailing, first, answer)) return fault;
+    }
+    for (std::size_t i = 1; i < count; ++i) {
+        message item;
+        if (auto fault = readRecord(item, true)) return fault;
+        if (!isItemOf(expected, item, header.code)) {
+            return malformed("item " + std::to_string(i) + " of a list is " + describeRecord(item.type, item.code));
+        }
+        answer.records.push_back(item);
+        if (expected.trailing == Trailing::Descriptor) {
+            if (auto fault = readTrailing(expected.trailing, item, answer)) return fault;
+        }
+    }
+    // Program events send all records first, then each event's data.
+    if (expected.trailing == Trailing::ProgramEvent) {
+        for (const message& item : answer.records) {
+            if (auto fault = readTrailing(expected.trailing, item, answer)) return fault;
+        }
+    }
+    sink_.answerArrived(token, std::move(answer));
+    return std::nullopt;
+}
+
+void Connection::startDsmcc(std::int32_t count) {
+    // A header while another command is incomplete means that one is lost;
+    // the bridge serialises commands, so this only follows a fault.
+    dsmcc_ = PartialDsmcc{};
+    dsmcc_->remaining = count;
+}
+
+void Connection::handleDsmcc(const message& record) {
+    const std::string text = field(record, DSMCC_TEXT_OFFSET, DSMCC_TEXT_AREA);
+    if (!dsmcc_) {
+        sink_.eventArrived(DsmccCommand{record.code, record.get<std::int64_t>(16), record.get<std::uint8_t>(24), text});
+        return;
+    }
+    if (!dsmcc_->started) {
+        dsmcc_->command.code = record.code;
+        dsmcc_->command.value = record.get<std::int64_t>(16);
+        dsmcc_->command.byte = record.get<std::uint8_t>(24);
+        dsmcc_->started = true;
+    }
+    dsmcc_->command.text += text;
+    if (--dsmcc_->remaining == 0) {
+        DsmccCommand command = std::move(dsmcc_->command);
+        dsmcc_.reset();
+        sink_.eventArrived(std::move(command));
+    }
+}
+
+}  // namespace detail
+}  // namespace client
+}  // namespace tessarine

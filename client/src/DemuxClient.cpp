@@ -1,0 +1,215 @@
+#include "tessarine/client/DemuxClient.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+
+#include "CallGate.h"
+#include "Socket.h"
+
+namespace tessarine {
+namespace client {
+
+using detail::Clock;
+using detail::IoStatus;
+
+namespace {
+
+enum : std::int32_t {
+    START = 0, STOP = 1, SET_PID = 2, SET_TABLE_ID = 3, POSITIVE = 4, GREATER_THAN = 5, LESS_THAN = 6, XOR = 7,
+    TIME_OUT = 8, CLEAR_TABLE_ID = 9, CLEAR_POSITIVE = 10, CLEAR_LESS_THAN = 11, CLEAR_XOR = 12, READ_SECTION = 13,
+};
+constexpr std::size_t MAX_FILTER_LENGTH = 4096;
+
+void appendWord(std::vector<std::uint8_t>& out, std::int32_t word) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&word);
+    out.insert(out.end(), bytes, bytes + sizeof word);
+}
+
+}  // namespace
+
+class DemuxClient::Impl {
+public:
+    explicit Impl(DemuxOptions o) : options(std::move(o)) {}
+    ~Impl() { closeSocket(); }
+
+    const DemuxOptions options;
+
+    Result<void> connect(Timeout timeout) {
+        const auto deadline = deadlineOf(timeout);
+        detail::CallGate::Pass pass(calls_, deadline);
+        if (!pass.granted()) return busy();
+        if (auto error = ensureConnected(deadline)) return *error;
+        return {};
+    }
+
+    void disconnect() {
+        detail::CallGate::Pass pass(calls_, Clock::time_point::max());
+        closeSocket();
+    }
+
+    // Sends one command with its arguments; with `answer`, reads the section.
+    Result<Bytes> exchange(const std::vector<std::uint8_t>& bytes, bool answer, Timeout timeout) {
+        const auto deadline = deadlineOf(timeout);
+        detail::CallGate::Pass pass(calls_, deadline);
+        if (!pass.granted()) return busy();
+        if (auto error = ensureConnected(deadline)) return *error;
+        const IoStatus sent = detail::writeAll(fd_, bytes.data(), bytes.size(), deadline);
+        if (sent != IoStatus::Ok) return fail(sent, "sending a command");
+        if (!answer) return Bytes{};
+
+        std::int32_t length = 0;
+        const IoStatus status = detail::readExact(fd_, &length, sizeof length, deadline);
+        if (status != IoStatus::Ok) return fail(status, "reading a section's length");
+        if (length < 0 || static_cast<std::size_t>(length) > options.maxSectionLength) {
+            closeSocket();
+            return Error(ErrorCode::MalformedAnswer, "section length " + std::to_string(length) + " is out of range");
+        }
+        Bytes section(static_cast<std::size_t>(length));
+        const IoStatus body = detail::readExact(fd_, section.data(), section.size(), deadline);
+        if (body != IoStatus::Ok) return fail(body, "reading a section");
+        return section;
+    }
+
+private:
+    Clock::time_point deadlineOf(Timeout timeout) const { return Clock::now() + timeout.value_or(options.timeout); }
+
+    static Error busy() { return Error(ErrorCode::TimedOut, "another call kept the client busy past the time limit"); }
+
+    // The bridge never speaks unasked: a readable socket between calls
+    // means that it closed the connection.
+    bool peerGone() const {
+        pollfd p{fd_, POLLIN, 0};
+        return ::poll(&p, 1, 0) != 0;
+    }
+
+    std::optional<Error> ensureConnected(Clock::time_point deadline) {
+        if (fd_ >= 0 && !peerGone()) return std::nullopt;
+        closeSocket();
+        fd_ = detail::connectUnix(options.socketPath, deadline);
+        if (fd_ < 0) {
+            const int cause = errno;
+            return Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
+                         "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
+        }
+        return std::nullopt;
+    }
+
+    Error fail(IoStatus status, const char* during) {
+        // Whatever arrives later belongs to this exchange: start afresh.
+        closeSocket();
+        if (status == IoStatus::TimedOut) return Error(ErrorCode::TimedOut, std::string("time limit reached ") + during);
+        return Error(ErrorCode::ConnectionLost, std::string("connection lost ") + during);
+    }
+
+    void closeSocket() {
+        if (fd_ >= 0) ::close(fd_);
+        fd_ = -1;
+    }
+
+    detail::CallGate calls_;
+    int fd_ = -1;
+};
+
+namespace {
+
+std::vector<std::uint8_t> commandWord(std::int32_t command) {
+    std::vector<std::uint8_t> out;
+    appendWord(out, command);
+    return out;
+}
+
+std::vector<std::uint8_t> withValue(std::int32_t command, std::int32_t value) {
+    auto out = commandWord(command);
+    appendWord(out, value);
+    return out;
+}
+
+std::optional<Error> appendStrings(std::vector<std::uint8_t>& out,
+                                   std::initializer_list<const std::vector<std::uint8_t>*> strings) {
+    for (const auto* bytes : strings) {
+        if (bytes->size() > MAX_FILTER_LENGTH) {
+            return Error(ErrorCode::InvalidArgument, "a filter byte string holds at most 4096 bytes");
+        }
+        appendWord(out, static_cast<std::int32_t>(bytes->size()));
+        out.insert(out.end(), bytes->begin(), bytes->end());
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+DemuxClient::DemuxClient(DemuxOptions options) : impl_(std::make_unique<Impl>(std::move(options))) {}
+DemuxClient::~DemuxClient() = default;
+
+const DemuxOptions& DemuxClient::options() const { return impl_->options; }
+Result<void> DemuxClient::connect(Timeout timeout) { return impl_->connect(timeout); }
+void DemuxClient::disconnect() { impl_->disconnect(); }
+
+namespace {
+
+// A command is done once sent; only its failure matters.
+Result<void> sent(Result<DemuxClient::Bytes> result) {
+    if (!result) return result.error();
+    return {};
+}
+
+}  // namespace
+
+Result<void> DemuxClient::start(Timeout t) { return sent(impl_->exchange(commandWord(START), false, t)); }
+Result<void> DemuxClient::stop(Timeout t) { return sent(impl_->exchange(commandWord(STOP), false, t)); }
+Result<void> DemuxClient::setPid(std::int32_t pid, Timeout t) {
+    return sent(impl_->exchange(withValue(SET_PID, pid), false, t));
+}
+Result<void> DemuxClient::setTableId(std::int32_t tableId, Timeout t) {
+    return sent(impl_->exchange(withValue(SET_TABLE_ID, tableId), false, t));
+}
+Result<void> DemuxClient::setTimeOut(std::int32_t timeOut, Timeout t) {
+    return sent(impl_->exchange(withValue(TIME_OUT, timeOut), false, t));
+}
+Result<void> DemuxClient::clearTableId(Timeout t) {
+    return sent(impl_->exchange(commandWord(CLEAR_TABLE_ID), false, t));
+}
+Result<void> DemuxClient::clearPositiveFilter(Timeout t) {
+    return sent(impl_->exchange(commandWord(CLEAR_POSITIVE), false, t));
+}
+Result<void> DemuxClient::clearLessThanFilter(Timeout t) {
+    return sent(impl_->exchange(commandWord(CLEAR_LESS_THAN), false, t));
+}
+Result<void> DemuxClient::clearXorFilter(Timeout t) {
+    return sent(impl_->exchange(commandWord(CLEAR_XOR), false, t));
+}
+
+Result<void> DemuxClient::setPositiveFilter(std::int32_t argument, const Bytes& first, const Bytes& second, Timeout t) {
+    auto bytes = withValue(POSITIVE, argument);
+    if (auto error = appendStrings(bytes, {&first, &second})) return *error;
+    return sent(impl_->exchange(bytes, false, t));
+}
+Result<void> DemuxClient::setGreaterThanFilter(std::int32_t argument, const Bytes& first, const Bytes& second,
+                                               Timeout t) {
+    auto bytes = withValue(GREATER_THAN, argument);
+    if (auto error = appendStrings(bytes, {&first, &second})) return *error;
+    return sent(impl_->exchange(bytes, false, t));
+}
+Result<void> DemuxClient::setLessThanFilter(std::int32_t argument, const Bytes& first, const Bytes& second, Timeout t) {
+    auto bytes = withValue(LESS_THAN, argument);
+    if (auto error = appendStrings(bytes, {&first, &second})) return *error;
+    return sent(impl_->exchange(bytes, false, t));
+}
+Result<void> DemuxClient::setXorFilter(std::int32_t argument, const Bytes& first, const Bytes& second,
+                                       const Bytes& third, Timeout t) {
+    auto bytes = withValue(XOR, argument);
+    if (auto error = appendStrings(bytes, {&first, &second, &third})) return *error;
+    return sent(impl_->exchange(bytes, false, t));
+}
+
+Result<DemuxClient::Bytes> DemuxClient::readSection(Timeout t) {
+    return impl_->exchange(commandWord(READ_SECTION), true, t);
+}
+
+}  // namespace client
+}  // namespace tessarine

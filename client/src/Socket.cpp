@@ -1,0 +1,104 @@
+#include "Socket.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <thread>
+
+namespace tessarine {
+namespace client {
+namespace detail {
+
+int millisecondsUntil(Clock::time_point deadline) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    if (left <= 0) return 0;
+    return left > 1000000 ? 1000000 : static_cast<int>(left);
+}
+
+int connectUnix(const std::string& path, Clock::time_point deadline) {
+    sockaddr_un address{};
+    if (path.size() >= sizeof address.sun_path) {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.data(), path.size());
+    for (;;) {
+        // Non-blocking, so that a full backlog (the bridge serves one client
+        // at a time) gives EAGAIN instead of an unbounded wait.
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        if (fd < 0) return -1;
+        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+            const int flags = ::fcntl(fd, F_GETFL);
+            ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+            return fd;
+        }
+        const int error = errno;
+        ::close(fd);
+        if (error != EAGAIN) {
+            errno = error;
+            return -1;
+        }
+        if (Clock::now() >= deadline) {
+            errno = ETIMEDOUT;
+            return -1;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+IoStatus writeAll(int fd, const void* data, std::size_t length, Clock::time_point deadline) {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    while (length > 0) {
+        const ssize_t sent = ::send(fd, bytes, length, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent > 0) {
+            bytes += sent;
+            length -= static_cast<std::size_t>(sent);
+            continue;
+        }
+        if (sent < 0 && errno == EINTR) continue;
+        if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+            pollfd p{fd, POLLOUT, 0};
+            const int ready = ::poll(&p, 1, millisecondsUntil(deadline));
+            if (ready == 0) return IoStatus::TimedOut;
+            if (ready < 0 && errno != EINTR) return IoStatus::Failed;
+            continue;
+        }
+        return (sent < 0 && errno == EPIPE) ? IoStatus::Closed : IoStatus::Failed;
+    }
+    return IoStatus::Ok;
+}
+
+IoStatus readExact(int fd, void* data, std::size_t length, std::optional<Clock::time_point> deadline) {
+    auto* bytes = static_cast<unsigned char*>(data);
+    while (length > 0) {
+        if (deadline) {
+            pollfd p{fd, POLLIN, 0};
+            const int ready = ::poll(&p, 1, millisecondsUntil(*deadline));
+            if (ready == 0) return IoStatus::TimedOut;
+            if (ready < 0) {
+                if (errno == EINTR) continue;
+                return IoStatus::Failed;
+            }
+        }
+        const ssize_t got = ::recv(fd, bytes, length, 0);
+        if (got > 0) {
+            bytes += got;
+            length -= static_cast<std::size_t>(got);
+            continue;
+        }
+        if (got == 0) return IoStatus::Closed;
+        if (errno == EINTR) continue;
+        return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
+    }
+    return IoStatus::Ok;
+}
+
+}  // namespace detail
+}  // namespace client
+}  // namespace tessarine

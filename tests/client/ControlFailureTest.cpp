@@ -1,0 +1,208 @@
+// The control client when the bridge is absent, silent, killed, restarted or
+// sends what the protocol does not allow.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+
+#include "FakeBridge.h"
+#include "support/TempDir.h"
+#include "tessarine/client/ControlClient.h"
+#include "tessarine/program_event.h"
+
+namespace tessarine {
+namespace {
+
+using client::ControlClient;
+using client::ErrorCode;
+using testing::FakeBridge;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+class ControlFailureTest : public ::testing::Test {
+protected:
+    client::ClientOptions options(std::chrono::milliseconds timeout = 2000ms) const {
+        client::ClientOptions o;
+        o.socketPath = dir.file("ipc.socket");
+        o.timeout = timeout;
+        return o;
+    }
+    // The bridge's side: answer one current-service request with `value`.
+    static void answerCurrentService(FakeBridge& b, std::int32_t value) {
+        auto request = b.receive();
+        ASSERT_TRUE(request);
+        request->put<std::int32_t>(12, value);
+        b.send(*request);
+    }
+
+    testing::TempDir dir;
+};
+
+TEST_F(ControlFailureTest, WithoutABridgeCallsFailAsNotConnected) {
+    ControlClient client(options());
+    auto result = client.services();
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().code(), ErrorCode::NotConnected);
+    EXPECT_FALSE(client.connected());
+}
+
+TEST_F(ControlFailureTest, ASilentBridgeTimesOutAndTheNextCallStartsAfresh) {
+    FakeBridge bridge(dir.file("ipc.socket"));
+    ControlClient client(options(10000ms));
+    std::thread server([&] {
+        ASSERT_TRUE(bridge.accept());
+        ASSERT_TRUE(bridge.receive());
+        // No answer; the client must give up and close the connection.
+        EXPECT_FALSE(bridge.receive(3000ms));
+        ASSERT_TRUE(bridge.accept());
+        answerCurrentService(bridge, 12);
+    });
+    const auto started = Clock::now();
+    auto result = client.currentService(300ms);
+    const auto elapsed = Clock::now() - started;
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().code(), ErrorCode::TimedOut);
+    EXPECT_GE(elapsed, 300ms);
+    EXPECT_LT(elapsed, 2000ms);  // the per-call limit, not the 10 s default
+
+    auto again = client.currentService();
+    ASSERT_TRUE(again) << again.error().message();
+    EXPECT_EQ(*again, 12);
+    server.join();
+}
+
+TEST_F(ControlFailureTest, ABridgeKilledMidAnswerAndRestartedIsReconnected) {
+    ControlClient client(options());
+    auto bridge = std::make_unique<FakeBridge>(dir.file("ipc.socket"));
+    std::thread killer([&] {
+        ASSERT_TRUE(bridge->accept());
+        ASSERT_TRUE(bridge->receive());
+        bridge->send(FakeBridge::record(MSG_LIST_HEADER, 3));
+        program_event e;
+        e.bytes0.assign(10, 1);
+        message item = FakeBridge::record(MSG_SI, 1);
+        e.encode(item.bytes() + 12);
+        bridge->send(item);
+        bridge.reset();  // gone with two records still owed
+    });
+    auto cut = client.programEvents();
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().code(), ErrorCode::ConnectionLost);
+    killer.join();
+
+    auto absent = client.currentService();
+    ASSERT_FALSE(absent);
+    EXPECT_EQ(absent.error().code(), ErrorCode::NotConnected);
+
+    FakeBridge restarted(dir.file("ipc.socket"));
+    std::thread server([&] {
+        ASSERT_TRUE(restarted.accept());
+        answerCurrentService(restarted, 5);
+    });
+    auto back = client.currentService();
+    ASSERT_TRUE(back) << back.error().message();
+    EXPECT_EQ(*back, 5);
+    server.join();
+}
+
+// Each bad answer gets a typed error, and the client recovers on the next call.
+TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) {
+    struct Case {
+        const char* name;
+        std::function<void(FakeBridge&, const message& request)> answer;
+        ErrorCode expected;
+    };
+    auto header = [](std::int32_t count) { return FakeBridge::record(MSG_LIST_HEADER, count); };
+    const std::vector<Case> cases = {
+        {"huge list count", [&](FakeBridge& b, const message&) { b.send(header(0x7fffffff)); },
+         ErrorCode::MalformedAnswer},
+        {"negative list count", [&](FakeBridge& b, const message&) { b.send(header(-4)); },
+         ErrorCode::MalformedAnswer},
+        {"unknown record type", [](FakeBridge& b, const message&) { b.send(FakeBridge::record(42, 1)); },
+         ErrorCode::MalformedAnswer},
+        {"answer of another request",
+         [](FakeBridge& b, const message&) { b.send(FakeBridge::record(MSG_TUNER, 0)); }, ErrorCode::MalformedAnswer},
+        {"foreign item inside a list",
+         [&](FakeBridge& b, const message&) {
+             b.send(header(2));
+             b.send(FakeBridge::record(MSG_SI, 1));
+             b.send(FakeBridge::record(MSG_SI, 6));
+         },
+         ErrorCode::MalformedAnswer},
+        {"byte list beyond the limit",
+         [&](FakeBridge& b, const message&) {
+             b.send(header(1));
+             message item = FakeBridge::record(MSG_SI, 1);
+             item.put<std::uint32_t>(12 + 800, 0xFFFFFFF0u);  // byte_count0
+             b.send(item);
+         },
+         ErrorCode::MalformedAnswer},
+        {"string count beyond the limit",
+         [&](FakeBridge& b, const message&) {
+             b.send(header(1));
+             message item = FakeBridge::record(MSG_SI, 1);
+             item.put<std::uint32_t>(12 + 812, 0x40000000u);  // string_count0
+             b.send(item);
+         },
+         ErrorCode::MalformedAnswer},
+        {"string length beyond the limit",
+         [&](FakeBridge& b, const message&) {
+             b.send(header(1));
+             message item = FakeBridge::record(MSG_SI, 1);
+             item.put<std::uint32_t>(12 + 816, 1);  // string_count1
+             b.send(item);
+             b.sendValue(std::uint32_t{0xFFFFFFFFu});
+         },
+         ErrorCode::MalformedAnswer},
+        {"truncated trailing data",
+         [&](FakeBridge& b, const message&) {
+             b.send(header(1));
+             message item = FakeBridge::record(MSG_SI, 1);
+             item.put<std::uint32_t>(12 + 800, 100);
+             b.send(item);
+             b.sendRaw("abc", 3);
+             b.dropClient();
+         },
+         ErrorCode::ConnectionLost},
+        {"half a record", [](FakeBridge& b, const message& request) {
+             b.sendRaw(request.bytes(), 100);
+             b.dropClient();
+         },
+         ErrorCode::ConnectionLost},
+    };
+    FakeBridge bridge(dir.file("ipc.socket"));
+    ControlClient client(options());
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::thread server([&] {
+            ASSERT_TRUE(bridge.accept());
+            auto request = bridge.receive();
+            ASSERT_TRUE(request);
+            c.answer(bridge, *request);
+            // The client gives up on the connection; a new one is served.
+            ASSERT_TRUE(bridge.accept());
+            answerCurrentService(bridge, 3);
+        });
+        auto bad = client.programEvents();
+        ASSERT_FALSE(bad);
+        EXPECT_EQ(bad.error().code(), c.expected) << bad.error().message();
+        auto good = client.currentService();
+        ASSERT_TRUE(good) << good.error().message();
+        EXPECT_EQ(*good, 3);
+        server.join();
+        client.disconnect();
+    }
+}
+
+TEST_F(ControlFailureTest, ArgumentsTheWireCannotCarryAreRefusedBeforeSending) {
+    ControlClient client(options());  // no bridge: a refusal must come first
+    EXPECT_EQ(client.systemProperty(std::string(255, 'n')).error().code(), ErrorCode::InvalidArgument);
+    EXPECT_EQ(client.setVideoText(std::string("a\0b", 3)).error().code(), ErrorCode::InvalidArgument);
+    EXPECT_EQ(client.openMedia(std::string(1944, 'm')).error().code(), ErrorCode::InvalidArgument);
+    EXPECT_EQ(client.videoRate(17).error().code(), ErrorCode::InvalidArgument);
+    EXPECT_EQ(client.raw(MSG_SI, 0, std::vector<std::uint8_t>(1949)).error().code(), ErrorCode::InvalidArgument);
+    EXPECT_EQ(client.systemProperty(std::string(254, 'n')).error().code(), ErrorCode::NotConnected);
+}
+
+}  // namespace
+}  // namespace tessarine

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "Output.h"
+#include "tessarine/client/ControlClient.h"
+#include "tessarine/client/DemuxClient.h"
+
+namespace cli {
+
+// What every sub-command shares: the global options, the clients (built on
+// first use from those options) and the exit code.
+class Context {
+public:
+    std::string socket;     // control socket path (--socket)
+    std::string socketDir;  // directory of both sockets (--socket-dir)
+    int timeoutMs = 5000;
+    bool json = false;
+    int exitCode = EXIT_OK;
+
+    tessarine::client::ControlClient& control();
+    tessarine::client::DemuxClient& demux();
+
+    // Prints a successful answer, or reports the error and sets the exit code.
+    template <typename T, typename Convert>
+    void emit(const tessarine::client::Result<T>& result, Convert convert) {
+        if (!result) return fail(result.error());
+        print(convert(*result), json);
+    }
+    void emit(const tessarine::client::Result<void>& result) {
+        if (!result) return fail(result.error());
+        print(json ? Json{{"ok", true}} : Json("ok"), json);
+    }
+    void fail(const tessarine::client::Error& error);
+    void usage(const std::string& message);
+
+private:
+    std::unique_ptr<tessarine::client::ControlClient> control_;
+    std::unique_ptr<tessarine::client::DemuxClient> demux_;
+};
+
+void addControlCommands(CLI::App& app, Context& context);
+void addEventCommands(CLI::App& app, Context& context);
+void addDemuxCommands(CLI::App& app, Context& context);
+
+// "on"/"off" style switches.
+void addSwitch(CLI::App& command, bool& value);
+
+}  // namespace cli

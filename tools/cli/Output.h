@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "tessarine/client/Error.h"
+
+namespace cli {
+
+using Json = nlohmann::ordered_json;
+
+// Exit codes of the tool, documented in its --help and in docs/CLIENT.md.
+enum ExitCode : int {
+    EXIT_OK = 0,
+    EXIT_USAGE = 2,          // bad arguments, or a request the wire cannot carry
+    EXIT_NOT_CONNECTED = 3,  // no bridge at the socket
+    EXIT_TIMED_OUT = 4,      // no answer within --timeout
+    EXIT_PROTOCOL = 5,       // the connection broke or the answer was malformed
+};
+
+int exitCodeOf(const tessarine::client::Error& error);
+
+// Byte strings travel in JSON as lower-case hex without separators; the keys
+// that hold them are listed here so that people get hex dumps instead.
+bool isBinaryKey(const std::string& key);
+std::string toHex(const std::vector<std::uint8_t>& bytes);
+// Accepts "4e f0", "4ef0", "0x4e,0xf0"; false on anything else.
+bool parseHex(const std::string& text, std::vector<std::uint8_t>& bytes);
+// Classic 16-bytes-a-line dump with offsets and printable characters.
+std::string hexDump(const std::vector<std::uint8_t>& bytes, const std::string& indent = "  ");
+
+// Prints one answer: the JSON document as one line, or for people: a scalar
+// as is, an object as aligned "key  value" lines, an array of objects as an
+// aligned table, with byte strings as hex dumps after it.
+void print(const Json& document, bool json);
+
+}  // namespace cli
