@@ -481,7 +481,7 @@ Scenario Scenario::parse(const std::string& text, std::vector<ScenarioProblem>& 
     }
     Reader r(problems);
     if (!r.object(root, "$", {"video", "properties", "tuner", "carousels", "si", "versionFlags", "media",
-                              "streamEvents", "graphics", "sections"}))
+                              "streamEvents", "graphics", "sections", "ts"}))
         return scenario;
     r.member(root, "$", "video", false, [&](const Json& v, const std::string& p) { readVideo(r, v, p, scenario.video); });
     r.member(root, "$", "properties", false, [&](const Json& v, const std::string& p) {
@@ -526,6 +526,10 @@ Scenario Scenario::parse(const std::string& text, std::vector<ScenarioProblem>& 
             });
             scenario.sections.push_back(section);
         });
+    });
+    r.member(root, "$", "ts", false, [&](const Json& v, const std::string& p) {
+        scenario.ts = r.string(v, p);
+        if (v.is_string() && scenario.ts.empty()) r.problem(p, "a file, \"-\" or udp://ADDR:PORT", "an empty string");
     });
     return scenario;
 }

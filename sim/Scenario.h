@@ -124,6 +124,9 @@ struct Scenario {
     std::vector<StreamEvent> streamEvents;
     std::vector<GraphicsChange> graphics;
     std::vector<Section> sections;
+    // A transport stream to answer SI and section filters from (a file, "-"
+    // or udp://ADDR:PORT); empty: the scenario answers them alone.
+    std::string ts;
 
     // Parses and validates a scenario document. Every problem found is
     // appended to `problems`; the result is meaningful only when none is.

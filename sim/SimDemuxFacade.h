@@ -1,11 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
 #include "middlewarefacade/DemuxFacade.h"
 #include "sim/RequestLog.h"
 #include "sim/SectionSource.h"
+#include "sim/broadcast/SectionFilter.h"
 
 namespace tessarine {
 namespace sim {
@@ -13,11 +15,18 @@ namespace sim {
 // The section filter: keeps the PID and table id the application sets and
 // reads matching sections from its source while started. The byte filters
 // are accepted and logged; the source sees only the PID and table id.
+// With a transport stream every operation goes to a filter on that stream
+// instead, byte filters and time-out included.
 class SimDemuxFacade final : public middlewarefacade::DemuxFacade {
 public:
     SimDemuxFacade(std::unique_ptr<SectionSource> source, RequestLog& log) : source_(std::move(source)), log_(log) {}
 
     void setSource(std::unique_ptr<SectionSource> source);
+    // Set before the bridge can call in; the filter stays until the facade goes.
+    void useStream(std::unique_ptr<broadcast::SectionFilter> filter) { stream_ = std::move(filter); }
+    // Releases a read waiting on the stream, and every later one, so that
+    // the bridge's demux thread can stop.
+    void quiesce();
 
     void start() override;
     void stop() override;
@@ -45,6 +54,8 @@ private:
     std::unique_ptr<SectionSource> source_;
     SectionFilter filter_;
     bool started_ = false;
+    std::unique_ptr<broadcast::SectionFilter> stream_;
+    std::atomic<bool> quiesced_{false};
     RequestLog& log_;
 };
 

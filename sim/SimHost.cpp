@@ -33,6 +33,15 @@ bool readFile(const std::string& path, std::string& text) {
     return true;
 }
 
+// The stream source: the option's, else the scenario's, whose file path is
+// taken from the scenario file's directory.
+std::string streamSource(const SimOptions& options, const Scenario& scenario) {
+    if (!options.ts.empty() || scenario.ts.empty()) return options.ts;
+    const std::filesystem::path path(scenario.ts);
+    if (scenario.ts == "-" || scenario.ts.rfind("udp://", 0) == 0 || path.is_absolute()) return scenario.ts;
+    return (std::filesystem::path(options.scenarioFile).parent_path() / path).string();
+}
+
 int badInput(const std::string& message) {
     std::cerr << PROGRAM << ": " << message << std::endl;
     return SimHost::EXIT_BAD_INPUT;
@@ -80,13 +89,21 @@ int SimHost::run(const SimOptions& options) {
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
+    broadcast::Pace pace = broadcast::Pace::Pcr;
+    if (!broadcast::parsePace(options.tsPace, pace)) return badInput("--ts-pace must be pcr or none");
+
     RequestLog log(std::cerr, options.quiet);
     Simulator simulator(scenario, log);
+    const std::string stream = streamSource(options, scenario);
+    std::string streamError;
+    if (!stream.empty() && !simulator.readStream(stream, pace, streamError))
+        return badInput("cannot read the transport stream " + stream + ": " + streamError);
     Simulator::install(&simulator);
     MiddlewareIpc* adapter = MiddlewareIpc::getInstance();
     IpcServerManager::getInstance()->addConnectionListener(&simulator);
     std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/ipc.socket and "
-              << IpcServerManager::socketDirectory() << "/ipcdemux.socket from the " << source << std::endl;
+              << IpcServerManager::socketDirectory() << "/ipcdemux.socket from the " << source
+              << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;
 
     std::atomic<bool> stop{false};
     Console console(

@@ -9,6 +9,8 @@ struct SimOptions {
     std::string scenarioFile;  // empty: the built-in scenario
     std::string socketDirectory;  // empty: the fixed production paths
     std::string scriptFile;    // empty: the terminal, when standard input is one
+    std::string ts;            // empty: the scenario's "ts", if any
+    std::string tsPace = "pcr";
     bool quiet = false;
 };
 
@@ -16,8 +18,8 @@ struct SimOptions {
 // bridge up through the adapter, serve until a signal or quit, tear down.
 class SimHost {
 public:
-    // Exit codes: 0 after a clean stop, 2 for a bad scenario, script or
-    // socket directory (before any socket exists).
+    // Exit codes: 0 after a clean stop, 2 for a bad scenario, script,
+    // stream source or socket directory (before any socket exists).
     static constexpr int EXIT_BAD_INPUT = 2;
 
     static int run(const SimOptions& options);

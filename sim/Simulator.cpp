@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "sim/ScenarioSections.h"
+#include "sim/StreamTables.h"
 
 namespace tessarine {
 namespace sim {
@@ -32,6 +33,28 @@ Simulator::~Simulator() { quiesce(); }
 void Simulator::quiesce() {
     gate_.close();
     scheduler_.stop();
+    demux_.quiesce();
+}
+
+bool Simulator::readStream(const std::string& source, broadcast::Pace pace, std::string& error) {
+    broadcast_ = std::make_unique<broadcast::Broadcast>();
+    if (!broadcast_->open(source, pace, error)) {
+        broadcast_.reset();
+        return false;
+    }
+    demux_.useStream(broadcast_->newFilter());
+    log_.note("reading the transport stream " + source);
+    refreshSi(0);
+    return true;
+}
+
+// The SI facade takes a new set of tables when the stream's answers have
+// changed; looked at ten times a second, which is well within how often a
+// broadcast repeats its tables.
+void Simulator::refreshSi(std::uint64_t seen) {
+    const std::uint64_t changes = broadcast_->si().changes();
+    if (changes != seen) si_.replace(withStream(scenario_.si, broadcast_->si()));
+    scheduler_.after(std::chrono::milliseconds(100), [this, changes] { refreshSi(changes); });
 }
 
 void Simulator::clientConnected() {
@@ -99,6 +122,7 @@ std::vector<std::string> Simulator::status() {
     lines.push_back(requests.str());
     lines.push_back("events sent: " + std::to_string(log_.eventCount()));
     for (auto& line : video_.describePlayers()) lines.push_back(std::move(line));
+    if (broadcast_) lines.push_back(broadcast_->status());
     return lines;
 }
 

@@ -20,6 +20,7 @@
 #include "sim/SimTunerFacade.h"
 #include "sim/SimVersionFacade.h"
 #include "sim/SimVideoFacade.h"
+#include "sim/broadcast/Broadcast.h"
 #include "tessarine/ConnectionListener.h"
 
 namespace tessarine {
@@ -48,6 +49,11 @@ public:
     SimDsmCCCommandFacade& dsmcc() { return dsmcc_; }
     SimVersionFacade& version() { return version_; }
 
+    // Answers SI and section filters from a transport stream as well: opens
+    // `source` and starts reading it. Call before the bridge exists; false
+    // with a reason when the source cannot be opened.
+    bool readStream(const std::string& source, broadcast::Pace pace, std::string& error);
+
     // ConnectionListener: the timeline runs while a client is connected.
     void clientConnected() override;
     void clientDisconnected() override;
@@ -59,17 +65,22 @@ public:
     // the bridge can be deleted while the facades still exist.
     void quiesce();
 
-    // Connection, counts of requests per family and of events, players.
+    // Connection, counts of requests per family and of events, players, and
+    // the stream's counters when one is read.
     std::vector<std::string> status();
 
 private:
     void startTimeline();
     void streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due);
+    void refreshSi(std::uint64_t seen);
 
     const Scenario& scenario_;
     RequestLog& log_;
     EventGate gate_;
     Scheduler scheduler_;
+    // Before the facades: the stream's filter in demux_ leaves the stream
+    // when the facade goes.
+    std::unique_ptr<broadcast::Broadcast> broadcast_;
     SimVideoFacade video_;
     SimPropertyFacade property_;
     SimSIFacade si_;

@@ -9,6 +9,11 @@ int main(int argc, char** argv) {
     app.add_option("--socket-dir", options.socketDirectory,
                    "directory for ipc.socket and ipcdemux.socket (default /dev/shm)");
     app.add_option("--script", options.scriptFile, "console commands to run, one a line, instead of the terminal");
+    app.add_option("--ts", options.ts,
+                   "answer SI and section filters from a transport stream: a file (looped), - for standard "
+                   "input, or udp://ADDR:PORT");
+    app.add_option("--ts-pace", options.tsPace, "pace of a file stream: pcr (its own rate, the default) or none")
+        ->check(CLI::IsMember({"pcr", "none"}));
     app.add_flag("--quiet", options.quiet, "no log line per request and event");
     CLI11_PARSE(app, argc, argv);
     return tessarine::sim::SimHost::run(options);

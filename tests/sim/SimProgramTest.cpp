@@ -101,7 +101,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadFile{"unknown_key", R"({"si": {"service": []}})", "$.si.service: expected no such key"},
         BadFile{"bad_hex", R"({"si": {"programEvent": {"bytes0": "zz"}}})", "$.si.programEvent.bytes0: expected hex bytes"},
         BadFile{"missing_field", R"({"carousels": [{"name": "c"}]})",
-                "$.carousels[0].mount: expected a value (required), found nothing"}),
+                "$.carousels[0].mount: expected a value (required), found nothing"},
+        BadFile{"empty_stream", R"({"ts": ""})", "$.ts: expected a file, \"-\" or udp://ADDR:PORT, found an empty string"}),
     [](const ::testing::TestParamInfo<BadFile>& info) { return std::string(info.param.what); });
 
 constexpr const char* FAMILIES_SCENARIO = R"({

@@ -1,0 +1,286 @@
+// tessarine-sim serving the test streams through the bridge: what an
+// application reads on both channels, checked against the file itself, an
+// independent reader (ffprobe) and the generator's manifests.
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <regex>
+#include <thread>
+
+#include "StreamFiles.h"
+#include "sim/SimProcess.h"
+#include "support/ControlTestClient.h"
+#include "support/DemuxTestClient.h"
+#include "support/TempDir.h"
+#include "tessarine/network.h"
+#include "tessarine/program_event.h"
+#include "tessarine/service.h"
+#include "tessarine/service_component.h"
+
+namespace tessarine::broadcast::test {
+namespace {
+
+using namespace std::chrono_literals;
+using tessarine::testing::ControlTestClient;
+using tessarine::testing::DemuxTestClient;
+using tessarine::testing::makeRecord;
+using tessarine::testing::SimProcess;
+using tessarine::testing::TempDir;
+
+enum Demux : int32_t { START = 0, SET_PID = 2, SET_TABLE_ID = 3, SET_POSITIVE = 4, SET_TIME_OUT = 8 };
+
+bool eventually(const std::function<bool()>& done, std::chrono::milliseconds patience = 10000ms) {
+    for (auto until = std::chrono::steady_clock::now() + patience; std::chrono::steady_clock::now() < until;
+         std::this_thread::sleep_for(100ms))
+        if (done()) return true;
+    return false;
+}
+
+// Service id -> name, as ffprobe reads the file.
+std::map<int, std::string> probedServices(const std::string& file) {
+    auto probe = nlohmann::json::parse(commandOutput("ffprobe -v error -show_programs -of json '" + file + "'"));
+    std::map<int, std::string> names;
+    for (const auto& program : probe["programs"]) names[program["program_num"]] = program["tags"]["service_name"];
+    return names;
+}
+
+class StreamThroughBridge : public ::testing::Test {
+protected:
+    std::unique_ptr<SimProcess> serve(std::vector<std::string> arguments, const std::string& scenario = "{}") {
+        std::ofstream(files.file("scenario.json")) << scenario;
+        arguments.insert(arguments.end(), {"--scenario", files.file("scenario.json"), "--socket-dir", sockets.path()});
+        auto sim = std::make_unique<SimProcess>(arguments, files.path());
+        EXPECT_TRUE(sim->waitUntilServing()) << sim->err();
+        control = std::make_unique<ControlTestClient>(sockets.path() + "/ipc.socket", 5000ms);
+        demux = std::make_unique<DemuxTestClient>(sockets.path() + "/ipcdemux.socket", 5000ms);
+        EXPECT_TRUE(control->connected() && demux->connected()) << sim->err();
+        return sim;
+    }
+
+    std::vector<message> askList(int code, int argument = 0) {
+        message request = makeRecord(MSG_SI, code);
+        request.put<int>(12, argument);
+        std::vector<message> items;
+        if (!control->send(request)) return items;
+        auto header = control->receive();
+        if (!header || header->type != MSG_LIST_HEADER) return items;
+        for (int i = 0; i < header->code; ++i)
+            if (auto item = control->receive()) items.push_back(*item);
+        return items;
+    }
+
+    std::map<int, std::string> services() {
+        std::map<int, std::string> names;
+        for (const auto& item : askList(6)) {
+            service s = service::decode(item.bytes() + 12);
+            names[s.value0] = s.text0;
+        }
+        return names;
+    }
+
+    // All program events: the records, then their trailing lists, read whole.
+    std::vector<program_event> events() {
+        std::vector<message> items = askList(1);
+        std::vector<program_event> result;
+        for (const auto& item : items) {
+            result.push_back(program_event::decode(item.bytes() + 12));
+            auto counts = program_event::counts(item.bytes() + 12);
+            if (counts[0] + counts[1] + counts[2] > 0) control->receiveBytes(counts[0] + counts[1] + counts[2]);
+            for (uint32_t i = 0; i < counts[3] + counts[4] + counts[5]; ++i)
+                if (auto length = control->receiveWord(); length && *length > 0)
+                    control->receiveBytes(static_cast<size_t>(*length));
+        }
+        return result;
+    }
+
+    std::string networkName() {
+        message request = makeRecord(MSG_SI, 14);
+        if (!control->send(request)) return {};
+        auto answer = control->receive();
+        return answer ? network::decode(answer->bytes() + 12).text0 : std::string{};
+    }
+
+    void filter(int pid, int tableId, long timeoutMs = 3000) {
+        ASSERT_TRUE(demux->sendWord(START) && demux->sendWord(SET_PID) && demux->sendWord(pid) &&
+                    demux->sendWord(SET_TABLE_ID) && demux->sendWord(tableId) && demux->sendWord(SET_TIME_OUT) &&
+                    demux->sendWord(static_cast<int32_t>(timeoutMs)));
+    }
+    void positive(int offset, const Bytes& value, const Bytes& mask) {
+        ASSERT_TRUE(demux->sendWord(SET_POSITIVE) && demux->sendWord(offset) && demux->sendString(value) &&
+                    demux->sendString(mask));
+    }
+
+    // A section read on the demux channel: whole, its CRC valid, and one of `inFile`.
+    Bytes readWholeSection(const std::set<Bytes>& inFile) {
+        auto section = demux->readSection(5000ms);
+        if (!section || section->empty()) {
+            ADD_FAILURE() << "no section";
+            return {};
+        }
+        EXPECT_EQ(section->size(), psi_get_length(section->data()) + PSI_HEADER_SIZE);
+        EXPECT_TRUE(psi_check_crc(section->data()));
+        EXPECT_EQ(inFile.count(*section), 1u) << "not a section of the file";
+        return *section;
+    }
+
+    TempDir files, sockets;
+    std::unique_ptr<ControlTestClient> control;
+    std::unique_ptr<DemuxTestClient> demux;
+};
+
+TEST_F(StreamThroughBridge, ServicesComponentsAndEventsMatchTheFileOverTheScenario) {
+    const std::string file = dataFile("broadcast.ts");
+    auto sim = serve({"--ts", file}, R"({"si": {"services": [{"value0": 1, "text0": "Scenario One"}],
+        "serviceComponents": [{"for": 7, "components": [{"value0": 700}]}]}})");
+    const auto probed = probedServices(file);
+    ASSERT_EQ(probed.size(), 2u);
+    EXPECT_TRUE(eventually([&] { return services() == probed; })) << sim->err();
+
+    auto probe = nlohmann::json::parse(commandOutput("ffprobe -v error -show_programs -of json '" + file + "'"));
+    for (const auto& program : probe["programs"]) {
+        auto components = askList(10, program["program_num"]);
+        ASSERT_EQ(components.size(), program["streams"].size());
+        for (size_t i = 0; i < components.size(); ++i) {
+            service_component c = service_component::decode(components[i].bytes() + 12);
+            EXPECT_EQ(c.value0, std::stoi(program["streams"][i]["id"].get<std::string>(), nullptr, 16));
+        }
+    }
+    // What the stream does not carry is still the scenario's.
+    auto scenarioOnly = askList(10, 7);
+    ASSERT_EQ(scenarioOnly.size(), 1u);
+    EXPECT_EQ(service_component::decode(scenarioOnly[0].bytes() + 12).value0, 700);
+
+    std::set<std::tuple<int, int, int, int, std::string>> written, served;
+    for (const auto& row : manifest("broadcast.tsv"))
+        if (row[0] == "event")
+            written.emplace(std::stoi(row[1]), std::stoi(row[2]), std::stoi(row[3]), std::stoi(row[4]), row[5]);
+    EXPECT_TRUE(eventually([&] {
+        served.clear();
+        for (const auto& e : events()) served.emplace(e.value4, e.value0, e.value1, e.value2, e.text0);
+        return served == written;
+    })) << served.size() << " events";
+    EXPECT_EQ(networkName(), "Tessarine Test Network");
+}
+
+TEST_F(StreamThroughBridge, DemuxReadsSdtAndEitByteIdenticalAndTimesOutOnNoMatch) {
+    const Bytes ts = readFile(dataFile("broadcast.ts"));
+    auto sim = serve({"--ts", dataFile("broadcast.ts")});
+
+    filter(0x11, 0x42);
+    readWholeSection(sectionsInFile(ts, 0x11, 0x42));
+
+    filter(0x12, 0x4e);
+    const auto eitInFile = sectionsInFile(ts, 0x12, 0x4e);
+    std::set<int> servicesSeen;
+    for (int i = 0; i < 6; ++i) {
+        Bytes section = readWholeSection(eitInFile);
+        if (section.size() > 4) servicesSeen.insert(section[3] << 8 | section[4]);
+    }
+    EXPECT_EQ(servicesSeen, (std::set<int>{101, 102}));
+
+    // No event table of service 0x7777: empty after the time-out, not before
+    // (over two repetitions of the others').
+    filter(0x12, 0x4e, 1200);
+    positive(3, {0x77, 0x77}, {0xff, 0xff});
+    const auto asked = std::chrono::steady_clock::now();
+    auto none = demux->readSection(5000ms);
+    const auto waited = std::chrono::steady_clock::now() - asked;
+    ASSERT_TRUE(none.has_value());
+    EXPECT_TRUE(none->empty()) << none->size() << " bytes";
+    EXPECT_GE(waited, 1150ms);
+    EXPECT_LT(waited, 3000ms);
+}
+
+TEST_F(StreamThroughBridge, ANewVersionReplacesTheOld) {
+    const Bytes ts = readFile(dataFile("broadcast-version.ts"));
+    auto sim = serve({"--ts", dataFile("broadcast-version.ts")});
+
+    // Set before the change, 1.5 s into the file: the filter waits for it.
+    filter(0x12, 0x4e);
+    positive(5, {0x02}, {0x3e});  // version_number 1
+    Bytes section = readWholeSection(sectionsInFile(ts, 0x12, 0x4e));
+    ASSERT_GT(section.size(), 5u);
+    EXPECT_EQ(psi_get_version(section.data()), 1);
+    EXPECT_TRUE(eventually([&] { return networkName() == "Tessarine Test Network (updated)"; })) << sim->err();
+}
+
+TEST_F(StreamThroughBridge, ADamagedCopyIsServedAndItsWarningsCounted) {
+    Bytes ts = readFile(dataFile("broadcast.ts"));
+    std::mt19937 random(11);
+    Bytes damaged;
+    for (size_t at = 0; at + TS_SIZE <= ts.size(); at += TS_SIZE)
+        if (random() % 12 != 0) damaged.insert(damaged.end(), ts.begin() + at, ts.begin() + at + TS_SIZE);
+    for (int i = 0; i < 300; ++i) damaged[random() % damaged.size()] ^= static_cast<uint8_t>(1 + random() % 255);
+    damaged.resize(damaged.size() - 100);  // the last packet cut short
+    const std::string copy = files.file("damaged.ts");
+    std::ofstream(copy, std::ios::binary).write(reinterpret_cast<const char*>(damaged.data()),
+                                                static_cast<std::streamsize>(damaged.size()));
+    std::ofstream(files.file("script")) << "sleep 4\nstatus\n";
+
+    auto sim = serve({"--ts", copy, "--script", files.file("script")});
+    EXPECT_TRUE(eventually([&] { return !services().empty(); })) << sim->err();
+    filter(0x12, 0x4e);
+    for (int i = 0; i < 3; ++i) {
+        auto section = demux->readSection(5000ms);
+        ASSERT_TRUE(section && !section->empty());
+        EXPECT_TRUE(psi_check_crc(section->data())) << "a damaged section was delivered";
+    }
+    ASSERT_TRUE(sim->waitForOutput("warnings", 10000ms)) << sim->out();
+    std::smatch counted;
+    const std::string out = sim->out();
+    ASSERT_TRUE(std::regex_search(out, counted, std::regex(R"(warnings (\d+) \(sync (\d+), transport \d+, tables (\d+))")))
+        << out;
+    EXPECT_GT(std::stoul(counted[1]), 0u);
+    EXPECT_GT(std::stoul(counted[3]), 0u) << "continuity and CRC damage";
+    EXPECT_FALSE(sim->waitExit(0ms).has_value()) << "the bridge stopped";
+}
+
+TEST_F(StreamThroughBridge, UdpOnLoopbackYieldsTheSameServices) {
+    // A free port: taken, noted and given back for the simulator to bind.
+    int probe = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    ASSERT_EQ(bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    getsockname(probe, reinterpret_cast<sockaddr*>(&address), &length);
+    close(probe);
+    auto sim = serve({"--ts", "udp://127.0.0.1:" + std::to_string(ntohs(address.sin_port))});
+
+    const Bytes ts = readFile(dataFile("broadcast.ts"));
+    std::atomic<bool> sending{true};
+    std::thread sender([&] {
+        int out = socket(AF_INET, SOCK_DGRAM, 0);
+        for (size_t at = 0; sending; at = (at + 7 * TS_SIZE) % ts.size()) {
+            sendto(out, ts.data() + at, std::min<size_t>(7 * TS_SIZE, ts.size() - at), 0,
+                   reinterpret_cast<sockaddr*>(&address), sizeof address);
+            std::this_thread::sleep_for(1ms);
+        }
+        close(out);
+    });
+    const auto probed = probedServices(dataFile("broadcast.ts"));
+    EXPECT_TRUE(eventually([&] { return services() == probed; })) << sim->err();
+    sending = false;
+    sender.join();
+}
+
+TEST_F(StreamThroughBridge, ASourceThatCannotBeOpenedIsRefusedBeforeAnySocketExists) {
+    SimProcess sim({"--ts", files.file("missing.ts"), "--socket-dir", sockets.path()}, files.path());
+    EXPECT_EQ(sim.waitExit(10000ms), 2);
+    EXPECT_NE(sim.err().find("cannot read the transport stream"), std::string::npos) << sim.err();
+    EXPECT_TRUE(std::filesystem::is_empty(sockets.path()));
+}
+
+}  // namespace
+}  // namespace tessarine::broadcast::test
