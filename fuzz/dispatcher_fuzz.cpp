@@ -11,89 +11,44 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
-#include <list>
 #include <string>
 #include <thread>
 
+#include "support/ScriptedListener.h"
 #include "tessarine/IpcServerManager.h"
 
 namespace {
 
 using namespace tessarine;
 
-class Answers : public IpcServerListener {
-public:
-    void setVideoProperty(video_data&) override {}
-    int getVideoProperty(command code) override { return code; }
-    void getMainVideoBounds(int& x, int& y, int& w, int& h) override { x = y = w = h = 1; }
-    void updateGraphicsRegion(video_region) override {}
-    std::string getVideoLanguage(command) override { return std::string(300, 'l'); }
-    std::list<std::string> getVideoLanguages() override { return {"deu", std::string(400, 'e')}; }
-    std::string getSystemProperty(std::string name) override { return name + name; }
-    std::list<system_property> getSystemProperties() override { return {system_property{}, system_property{}}; }
-    void setSystemProperty(system_property&) override {}
-    void removeSystemProperty(std::string) override {}
-    void setVideoAudio(audio_data) override {}
-    int getCurrentTransportStreamID() override { return 7; }
-    std::list<int> getAllIDs(tuner_data& data) override { return {data.code, data.parameter}; }
-    std::string getChannelName(int, int) override { return "name"; }
-    int getVirtualChannelNumber(int, int) override { return 3; }
-    std::string mountCarousel(std::string name) override { return name; }
-    void umountCarousel(std::string) override {}
-    void addCarouselListener() override {}
-    void removeCarouselListener() override {}
-    std::string getSICodingFormat() override { return "dvb"; }
-    std::list<program_event> getProgramEvents() override { return {event(), event()}; }
-    program_event getProgramEvent() override { return event(); }
-    std::list<service> getServices() override { return {service{1, 2, 3, 4, 5, "s"}}; }
-    int getCurrentService() override { return 1; }
-    std::list<int> getCASystemIds() override { return {0x0b00}; }
-    bool isProtectedService() override { return true; }
-    std::string getServiceDescription() override { return "description"; }
-    std::list<service_component> getServiceComponents(int) override { return {service_component{}}; }
-    transport_stream getTransportStream() override { return {}; }
-    network getNetwork() override { return {}; }
-    std::list<descriptor> getNetworkDescriptors() override { return descriptors(); }
-    std::list<descriptor> getTransportStreamDescriptors(int) override { return descriptors(); }
-    std::list<descriptor> getServiceDescriptors(int) override { return descriptors(); }
-    std::list<descriptor> getProgramEventDescriptors(int, int) override { return descriptors(); }
-    std::list<descriptor> getServiceComponentDescriptors(int) override { return descriptors(); }
-    std::list<pmt> getPMTs(int) override { return {pmt{}}; }
-    bool open(std::string locator, int& handle) override {
-        handle = static_cast<int>(locator.size());
-        return !locator.empty();
-    }
-    int getDuration(int handle) override { return handle; }
-    int getCurrentTime(int) override { return 0; }
-    int setCurrentTime(int, int a, int) override { return a; }
-    void addMediaListener(int) override {}
-    bool play(int) override { return true; }
-    void stop(int) override {}
-    void close(int) override {}
-    int setMediaBounds(int, int x, int, int, int) override { return x; }
-    void getMediaBounds(int, int& x, int&, int&, int&) override { x = 5; }
-    void setMediaFreeze(int, bool) override {}
-    void setMediaBalanceLevel(int, double) override {}
-    void setMediaSoundLevel(int, double) override {}
-    void setMediaMute(int, bool) override {}
-    void setMediaBassLevel(int, double) override {}
-    void setMediaTrebleLevel(int, double) override {}
-    int checkVersionFlag(int flag) override { return flag; }
-
-private:
-    static program_event event() {
-        program_event e;
-        e.value1 = 1;
-        e.text0 = std::string(300, 't');
-        e.bytes1 = {1, 2, 3};
-        e.strings2 = {"", "abc"};
-        return e;
-    }
-    static std::list<descriptor> descriptors() {
-        descriptor d;
-        d.id = 0x48;
-        d.data.assign(20, 0x5a);
-        return {d, descriptor{}};
+// Non-trivial answers for every query: long texts, lists, descriptors and
+// program events with trailing data.
+struct Answers : testing::ScriptedListener {
+    Answers() {
+        logging = false;
+        number = 7;
+        yes = true;
+        text = std::string(300, 'l');
+        bounds = {1, 1, 1, 1};
+        openedHandle = 3;
+        languages = {"deu", std::string(400, 'e')};
+        properties.resize(2);
+        ids = {0x0b00, 5};
+        program_event full;
+        full.value1 = 1;
+        full.text0 = std::string(300, 't');
+        full.bytes1 = {1, 2, 3};
+        full.strings2 = {"", "abc"};
+        events = {full, full};
+        event = full;
+        stream.value1 = net.value0 = 1;  // complete
+        services = {service{1, 2, 3, 4, 5, "s"}};
+        components.resize(1);
+        pmts.resize(1);
+        descriptor withData;
+        withData.id = 0x48;
+        withData.data.assign(20, 0x5a);
+        descriptors = {withData, descriptor{}};
     }
 };
 

@@ -46,13 +46,8 @@ protected:
         return std::make_unique<DemuxTestClient>(dir.file("ipcdemux.socket"));
     }
 
-    // Sends a request and returns its answer record.
-    message ask(const message& request) {
-        EXPECT_TRUE(control->send(request));
-        auto answer = control->receive();
-        EXPECT_TRUE(answer.has_value()) << "no answer to type " << request.type << " code " << request.code;
-        return answer ? *answer : makeRecord(-1, -1);
-    }
+    message ask(const message& request) { return control->ask(request); }
+    std::vector<message> askList(const message& request) { return control->askList(request); }
 
     // Returns once every record sent before has been handled: the control
     // channel handles records in order, and a version check is answered.
@@ -65,20 +60,6 @@ protected:
         fence();
         const auto all = log.calls();
         return std::vector<std::string>(all.begin() + static_cast<long>(before), all.end());
-    }
-
-    // A list answer: the header's count, then that many item records.
-    std::vector<message> askList(const message& request) {
-        const message header = ask(request);
-        EXPECT_EQ(header.type, MSG_LIST_HEADER);
-        std::vector<message> items;
-        for (int i = 0; i < header.code; ++i) {
-            auto item = control->receive();
-            if (!item) break;
-            items.push_back(*item);
-        }
-        EXPECT_EQ(items.size(), static_cast<std::size_t>(header.code > 0 ? header.code : 0));
-        return items;
     }
 
     std::vector<unsigned char> trailing(std::size_t length) {

@@ -1,7 +1,5 @@
 // Creation and deletion of the adapter: one instance, the wiring in order,
 // and nothing of the bridge left running or reaching a facade once deleted.
-#include <dirent.h>
-
 #include <thread>
 
 #include "BridgeFixture.h"
@@ -11,15 +9,6 @@ namespace testing {
 namespace {
 
 using Calls = std::vector<std::string>;
-
-std::size_t entriesIn(const char* directory) {
-    std::size_t count = 0;
-    if (DIR* dir = ::opendir(directory)) {
-        while (::readdir(dir) != nullptr) ++count;
-        ::closedir(dir);
-    }
-    return count;
-}
 
 class LifecycleTest : public ::testing::Test {
 protected:

@@ -1,24 +1,19 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <memory>
 
-#include "StubListener.h"
-#include "support/TempDir.h"
-#include "tessarine/IpcServerManager.h"
+#include "support/HubFixture.h"
 #include "tessarine/client/ControlClient.h"
 
 namespace tessarine {
 namespace testing {
 
-// A real in-process bridge (the hub, with a stub as its request server) in a
-// private socket directory, and a client connected to it.
-class BridgeFixture : public ::testing::Test {
+// A real in-process bridge (the hub, with a scripted listener as its request
+// server) in a private socket directory, and a client for it.
+class BridgeFixture : public HubTest {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(IpcServerManager::setSocketDirectory(dir.path()));
-        hub = IpcServerManager::getInstance();
+        HubTest::SetUp();
         hub->addIpcServerListener(&stub);
         client::ClientOptions options;
         options.socketPath = dir.file("ipc.socket");
@@ -28,12 +23,10 @@ protected:
     void TearDown() override {
         client.reset();
         hub->removeIpcServerListener(&stub);
-        IpcServerManager::destroy();
+        HubTest::TearDown();
     }
 
-    TempDir dir;
-    StubListener stub;
-    IpcServerManager* hub = nullptr;
+    ScriptedListener& stub = lower;
     std::unique_ptr<client::ControlClient> client;
 };
 

@@ -16,6 +16,7 @@ namespace {
 using client::ControlClient;
 using client::ErrorCode;
 using testing::FakeBridge;
+using testing::makeRecord;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
@@ -77,10 +78,10 @@ TEST_F(ControlFailureTest, ABridgeKilledMidAnswerAndRestartedIsReconnected) {
     std::thread killer([&] {
         ASSERT_TRUE(bridge->accept());
         ASSERT_TRUE(bridge->receive());
-        bridge->send(FakeBridge::record(MSG_LIST_HEADER, 3));
+        bridge->send(makeRecord(MSG_LIST_HEADER, 3));
         program_event e;
         e.bytes0.assign(10, 1);
-        message item = FakeBridge::record(MSG_SI, 1);
+        message item = makeRecord(MSG_SI, 1);
         e.encode(item.bytes() + 12);
         bridge->send(item);
         bridge.reset();  // gone with two records still owed
@@ -112,27 +113,27 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
         std::function<void(FakeBridge&, const message& request)> answer;
         ErrorCode expected;
     };
-    auto header = [](std::int32_t count) { return FakeBridge::record(MSG_LIST_HEADER, count); };
+    auto header = [](std::int32_t count) { return makeRecord(MSG_LIST_HEADER, count); };
     const std::vector<Case> cases = {
         {"huge list count", [&](FakeBridge& b, const message&) { b.send(header(0x7fffffff)); },
          ErrorCode::MalformedAnswer},
         {"negative list count", [&](FakeBridge& b, const message&) { b.send(header(-4)); },
          ErrorCode::MalformedAnswer},
-        {"unknown record type", [](FakeBridge& b, const message&) { b.send(FakeBridge::record(42, 1)); },
+        {"unknown record type", [](FakeBridge& b, const message&) { b.send(makeRecord(42, 1)); },
          ErrorCode::MalformedAnswer},
         {"answer of another request",
-         [](FakeBridge& b, const message&) { b.send(FakeBridge::record(MSG_TUNER, 0)); }, ErrorCode::MalformedAnswer},
+         [](FakeBridge& b, const message&) { b.send(makeRecord(MSG_TUNER, 0)); }, ErrorCode::MalformedAnswer},
         {"foreign item inside a list",
          [&](FakeBridge& b, const message&) {
              b.send(header(2));
-             b.send(FakeBridge::record(MSG_SI, 1));
-             b.send(FakeBridge::record(MSG_SI, 6));
+             b.send(makeRecord(MSG_SI, 1));
+             b.send(makeRecord(MSG_SI, 6));
          },
          ErrorCode::MalformedAnswer},
         {"byte list beyond the limit",
          [&](FakeBridge& b, const message&) {
              b.send(header(1));
-             message item = FakeBridge::record(MSG_SI, 1);
+             message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 800, 0xFFFFFFF0u);  // byte_count0
              b.send(item);
          },
@@ -140,7 +141,7 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
         {"string count beyond the limit",
          [&](FakeBridge& b, const message&) {
              b.send(header(1));
-             message item = FakeBridge::record(MSG_SI, 1);
+             message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 812, 0x40000000u);  // string_count0
              b.send(item);
          },
@@ -148,7 +149,7 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
         {"string length beyond the limit",
          [&](FakeBridge& b, const message&) {
              b.send(header(1));
-             message item = FakeBridge::record(MSG_SI, 1);
+             message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 816, 1);  // string_count1
              b.send(item);
              b.sendValue(std::uint32_t{0xFFFFFFFFu});
@@ -157,7 +158,7 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
         {"truncated trailing data",
          [&](FakeBridge& b, const message&) {
              b.send(header(1));
-             message item = FakeBridge::record(MSG_SI, 1);
+             message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 800, 100);
              b.send(item);
              b.sendRaw("abc", 3);

@@ -21,10 +21,11 @@ namespace {
 using client::ControlClient;
 using testing::EventLog;
 using testing::FakeBridge;
+using testing::makeRecord;
 using namespace std::chrono_literals;
 
 message dsmcc(std::int32_t code, const std::string& text) {
-    message r = FakeBridge::record(MSG_DSMCC, code);
+    message r = makeRecord(MSG_DSMCC, code);
     r.put<std::int64_t>(16, 0x0102030405060708LL);
     r.put<std::uint8_t>(24, 0xAB);
     std::memcpy(r.bytes() + 25, text.data(), text.size());
@@ -74,14 +75,14 @@ TEST_F(ControlFramingTest, EventsBeforeTheAnswerGoToCallbacksAndTheAnswerToTheCa
         ASSERT_TRUE(request);
         EXPECT_EQ(request->type, MSG_SI);
         EXPECT_EQ(request->code, 7);
-        message g = FakeBridge::record(MSG_VIDEO, 17);
+        message g = makeRecord(MSG_VIDEO, 17);
         for (int i = 0; i < 8; ++i) g.put<std::int32_t>(12 + 4 * i, i + 1);
         b.send(g);
-        message d = FakeBridge::record(MSG_CAROUSEL, 2);
+        message d = makeRecord(MSG_CAROUSEL, 2);
         writeTextField(d, FIRST_TEXT_OFFSET, "dsmcc://1");
         writeTextField(d, SECOND_TEXT_OFFSET, "/mnt/c1");
         b.send(d);
-        message e = FakeBridge::record(MSG_MEDIA, 16);
+        message e = makeRecord(MSG_MEDIA, 16);
         e.put<std::int32_t>(12, 77);
         b.send(e);
         b.send(dsmcc(5, "short"));
@@ -111,10 +112,10 @@ TEST_F(ControlFramingTest, DsmccChunksAroundAListAnswerAreReassembled) {
     serve([&](FakeBridge& b) {
         ASSERT_TRUE(b.receive());
         // The DSM-CC header, then the whole answer, then the chunks.
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 3));
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 2));
+        b.send(makeRecord(MSG_LIST_HEADER, 3));
+        b.send(makeRecord(MSG_LIST_HEADER, 2));
         for (int i = 0; i < 2; ++i) {
-            message item = FakeBridge::record(MSG_SI, 6);
+            message item = makeRecord(MSG_SI, 6);
             service s;
             s.value0 = 100 + i;
             s.text0 = "service " + std::to_string(i);
@@ -126,7 +127,7 @@ TEST_F(ControlFramingTest, DsmccChunksAroundAListAnswerAreReassembled) {
         b.send(dsmcc(9, text.substr(3840)));
         // An empty list followed by a one-record command.
         ASSERT_TRUE(b.receive());
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 0));
+        b.send(makeRecord(MSG_LIST_HEADER, 0));
         b.send(dsmcc(10, "single"));
     });
     auto services = client.services();
@@ -149,17 +150,17 @@ TEST_F(ControlFramingTest, ListItemsThatLookLikeEventsStayInTheirList) {
     serve([](FakeBridge& b) {
         // Video languages: items keep code = count, here the graphics code.
         ASSERT_TRUE(b.receive());
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 17));
+        b.send(makeRecord(MSG_LIST_HEADER, 17));
         for (int i = 0; i < 17; ++i) {
-            message item = FakeBridge::record(MSG_VIDEO, 17);
+            message item = makeRecord(MSG_VIDEO, 17);
             writeTextField(item, FIRST_TEXT_OFFSET, "lang" + std::to_string(i));
             b.send(item);
         }
         // Properties: each item's code is its first word, anything at all.
         ASSERT_TRUE(b.receive());
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 2));
+        b.send(makeRecord(MSG_LIST_HEADER, 2));
         for (int code : {2, -9}) {
-            message item = FakeBridge::record(MSG_PROPERTY, code);
+            message item = makeRecord(MSG_PROPERTY, code);
             writeTextField(item, FIRST_TEXT_OFFSET, "name" + std::to_string(code));
             writeTextField(item, SECOND_TEXT_OFFSET, "value" + std::to_string(code));
             b.send(item);
@@ -169,9 +170,9 @@ TEST_F(ControlFramingTest, ListItemsThatLookLikeEventsStayInTheirList) {
         ASSERT_TRUE(request);
         EXPECT_EQ(request->code, 3);
         EXPECT_EQ(request->get<std::int32_t>(12), 99);
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 2));
+        b.send(makeRecord(MSG_LIST_HEADER, 2));
         for (int id : {5, 9}) {
-            message item = FakeBridge::record(MSG_TUNER, 2);
+            message item = makeRecord(MSG_TUNER, 2);
             item.put<std::int32_t>(12, id);
             b.send(item);
         }
@@ -204,9 +205,9 @@ TEST_F(ControlFramingTest, TrailingDataIsReadInStreamOrder) {
         first.strings1 = {"x", "", "yz"};
         second.value1 = 2;
         second.strings2 = {std::string(300, 's')};
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 2));
+        b.send(makeRecord(MSG_LIST_HEADER, 2));
         for (const auto* e : {&first, &second}) {
-            message item = FakeBridge::record(MSG_SI, 1);
+            message item = makeRecord(MSG_SI, 1);
             e->encode(item.bytes() + 12);
             b.send(item);
         }
@@ -221,12 +222,12 @@ TEST_F(ControlFramingTest, TrailingDataIsReadInStreamOrder) {
         }
         // Component descriptors: item code 11, each record then its bytes.
         ASSERT_TRUE(b.receive());
-        b.send(FakeBridge::record(MSG_LIST_HEADER, 2));
+        b.send(makeRecord(MSG_LIST_HEADER, 2));
         for (std::uint16_t id : {0x48, 0x4d}) {
             descriptor d;
             d.id = id;
             d.data.assign(id == 0x48 ? 0 : 5, static_cast<unsigned char>(id));
-            message item = FakeBridge::record(MSG_SI, 11);
+            message item = makeRecord(MSG_SI, 11);
             d.encode(item.bytes() + 12);
             b.send(item);
             b.sendRaw(d.data.data(), d.data.size());
@@ -254,7 +255,7 @@ TEST_F(ControlFramingTest, AppStateRequestsAreAnsweredByTheCallbackOrWithZero) {
     std::atomic<int> seenState{0};
     std::optional<client::Result<std::optional<std::int32_t>>> nested;
     serve([&](FakeBridge& b) {
-        b.send(FakeBridge::record(MSG_APP_STATE, 4));
+        b.send(makeRecord(MSG_APP_STATE, 4));
         auto answer = b.receive();
         ASSERT_TRUE(answer);
         EXPECT_EQ(answer->type, MSG_APP_STATE);
@@ -262,7 +263,7 @@ TEST_F(ControlFramingTest, AppStateRequestsAreAnsweredByTheCallbackOrWithZero) {
         EXPECT_EQ(answer->get<std::uint8_t>(12), 0);  // no callback: not handled
         firstAnswered.set_value();
         callbackSet.get_future().wait();
-        b.send(FakeBridge::record(MSG_APP_STATE, 6));
+        b.send(makeRecord(MSG_APP_STATE, 6));
         // The callback asks the bridge something before it answers.
         auto nestedRequest = b.receive();
         ASSERT_TRUE(nestedRequest);

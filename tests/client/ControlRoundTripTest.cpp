@@ -13,16 +13,23 @@ namespace tessarine {
 namespace {
 
 using client::Rectangle;
-using testing::StubListener;
+using Calls = std::vector<std::string>;
+using testing::ScriptedListener;
+constexpr auto hexOf = ScriptedListener::hexOf;
 
 class ControlRoundTripTest : public testing::BridgeFixture {
 protected:
-    // Commands have no answer: one answered call afterwards proves that the
-    // bridge has handled everything sent before it.
-    std::vector<std::string> logAfterBarrier() {
+    // The listener's calls since the last look. Commands have no answer: one
+    // answered call afterwards (left out) proves that the bridge has handled
+    // everything sent before it.
+    Calls callsSinceLastLook() {
         EXPECT_TRUE(client->checkVersion(0));
-        return stub.log();
+        const auto all = stub.calls.snapshot();
+        Calls fresh(all.begin() + static_cast<long>(seen), all.end() - 1);
+        seen = all.size();
+        return fresh;
     }
+    std::size_t seen = 0;
 
     // Members, so that they outlive the client (TearDown destroys the client).
     testing::EventLog<client::DownloadComplete> downloads;
@@ -32,14 +39,14 @@ protected:
 };
 
 TEST_F(ControlRoundTripTest, VideoAndGraphics) {
-    stub.bounds[0] = 0, stub.bounds[1] = -7, stub.bounds[2] = 1920, stub.bounds[3] = 1080;
-    stub.language = "por";
+    stub.bounds = {0, -7, 1920, 1080};
+    stub.text = "por";
     stub.languages = {"eng", std::string(300, 'L'), ""};
-    stub.rate = 100;
+    stub.number = 112;
 
     EXPECT_EQ(*client->videoBounds(), (Rectangle{0, -7, 1920, 1080}));
-    EXPECT_EQ(*client->videoLanguage(3), "por3");
-    EXPECT_EQ(*client->videoLanguage(5), "por5");
+    EXPECT_EQ(*client->videoLanguage(3), "por");
+    EXPECT_EQ(*client->videoLanguage(5), "por");
     auto languages = client->videoLanguages();
     ASSERT_TRUE(languages) << languages.error().message();
     EXPECT_EQ(*languages, (std::vector<std::string>{"eng", std::string(254, 'L'), ""}));
@@ -52,38 +59,40 @@ TEST_F(ControlRoundTripTest, VideoAndGraphics) {
     ASSERT_TRUE(client->setVideoFlag(8, false));
     ASSERT_TRUE(client->applyGraphicsSettings());
     ASSERT_TRUE(client->updateGraphicsRegion({1, 2, 3, 4}));
-    EXPECT_EQ(logAfterBarrier(), (std::vector<std::string>{"video 0 10,20,-30,40", "video 2",
-                                                            "video 6 " + std::string(254, 't'), "video 7 on",
-                                                            "video 8 off", "video 17", "region 1,2,3,4"}));
+    EXPECT_EQ(callsSinceLastLook(),
+              (Calls{"getMainVideoBounds", "getVideoLanguage 3", "getVideoLanguage 5", "getVideoLanguages",
+                     "getVideoProperty 12", "setVideoProperty 0 10 20 -30 40", "setVideoProperty 2",
+                     "setVideoProperty 6 " + std::string(254, 't'), "setVideoProperty 7 1", "setVideoProperty 8 0",
+                     "setVideoProperty 17", "updateGraphicsRegion 1 2 3 4"}));
 
-    stub.rate = -1;
-    stub.bounds[3] = -1;
+    stub.number = -1;
+    stub.bounds.height = -1;
     EXPECT_FALSE(client->videoRate(9)->has_value());
     EXPECT_EQ(client->videoBounds()->height, -1);
 }
 
 TEST_F(ControlRoundTripTest, PropertiesAudioTunerCarouselAndVersion) {
-    stub.propertyValue = "v";
     system_property a{}, b{};
     writeTextField(a.name, "a.name");
     writeTextField(a.value, std::string(300, 'x'));
     writeTextField(b.name, "b");
     stub.properties = {a, b};
-    stub.transportStreamId = 0x7FFFFFFF;
     stub.ids = {5, -9, 0};
-    stub.mountPoint = "/carousel/";
-    stub.versionFlag = 4;
 
-    EXPECT_EQ(client->systemProperty("key")->value_or(""), "key=v");
+    stub.text = "v";
+    EXPECT_EQ(client->systemProperty("key")->value_or(""), "v");
     auto properties = client->systemProperties();
     ASSERT_TRUE(properties) << properties.error().message();
     ASSERT_EQ(properties->size(), 2u);
     EXPECT_EQ((*properties)[0].name, "a.name");
     EXPECT_EQ((*properties)[0].value, std::string(254, 'x'));
     EXPECT_EQ((*properties)[1].value, "");
+    stub.number = 0x7FFFFFFF;
     EXPECT_EQ(client->currentTransportStreamId()->value_or(0), 0x7FFFFFFF);
     EXPECT_EQ(*client->tunerIds(2, 77), (std::vector<std::int32_t>{5, -9, 0}));
+    stub.text = "/carousel/oc1";
     EXPECT_EQ(client->mountCarousel("oc1")->value_or(""), "/carousel/oc1");
+    stub.number = 7;
     EXPECT_EQ(*client->checkVersion(3), 7);
 
     const double sound = 0.1, balance = -0.0, bass = std::numeric_limits<double>::denorm_min(), treble = 1e308;
@@ -97,16 +106,15 @@ TEST_F(ControlRoundTripTest, PropertiesAudioTunerCarouselAndVersion) {
     ASSERT_TRUE(client->unmountCarousel("oc1"));
     ASSERT_TRUE(client->addCarouselListener());
     ASSERT_TRUE(client->removeCarouselListener());
-    EXPECT_EQ(logAfterBarrier(),
-              (std::vector<std::string>{"ids 2 77", "set n=w", "remove n", "audio 0 " + StubListener::hexOf(sound),
-                                        "audio 1 " + StubListener::hexOf(balance),
-                                        "audio 2 " + StubListener::hexOf(bass),
-                                        "audio 3 " + StubListener::hexOf(treble), "audio 4 on", "umount oc1",
-                                        "carousel listener on", "carousel listener off"}));
+    EXPECT_EQ(callsSinceLastLook(),
+              (Calls{"getSystemProperty key", "getSystemProperties", "getCurrentTransportStreamID", "getAllIDs 2 77",
+                     "mountCarousel oc1", "checkVersionFlag 3", "setSystemProperty n w", "removeSystemProperty n",
+                     "setVideoAudio 0 " + hexOf(sound), "setVideoAudio 1 " + hexOf(balance),
+                     "setVideoAudio 2 " + hexOf(bass), "setVideoAudio 3 " + hexOf(treble), "setVideoAudio 4 1",
+                     "umountCarousel oc1", "addCarouselListener", "removeCarouselListener"}));
 
-    stub.propertyValue.clear();
-    stub.mountPoint.clear();
-    stub.versionFlag = 0;
+    stub.text.clear();
+    stub.number = 0;
     EXPECT_FALSE(client->systemProperty("key")->has_value());
     EXPECT_FALSE(client->mountCarousel("oc1")->has_value());
     EXPECT_EQ(*client->checkVersion(3), 0);
@@ -114,20 +122,19 @@ TEST_F(ControlRoundTripTest, PropertiesAudioTunerCarouselAndVersion) {
 
 TEST_F(ControlRoundTripTest, MediaPlayer) {
     stub.openedHandle = 41;
-    stub.duration = 90000;
-    stub.currentTime = 0;
-    stub.setTimeResult = 1;
-    stub.boundsResult = 0;
-    stub.playResult = true;
-    stub.mediaBounds[0] = 5, stub.mediaBounds[1] = 6, stub.mediaBounds[2] = 7, stub.mediaBounds[3] = 8;
+    stub.yes = true;
+    stub.bounds = {5, 6, 7, 8};
     const std::string locator = "file:///" + std::string(1935, 'm');  // 1943 characters, the most a record holds
 
     EXPECT_EQ(client->openMedia(locator)->value_or(0), 41);
+    stub.number = 90000;
     EXPECT_EQ(client->mediaDuration(41)->value_or(0), 90000);
+    stub.number = 0;
     EXPECT_EQ(client->mediaCurrentTime(41)->value_or(-5), 0);
+    EXPECT_EQ(client->setMediaBounds(41, {1, 2, 3, 4})->value_or(-5), 0);
+    stub.number = 1;
     EXPECT_EQ(client->setMediaCurrentTime(41, -3, 9)->value_or(0), 1);
     EXPECT_TRUE(*client->playMedia(41));
-    EXPECT_EQ(client->setMediaBounds(41, {1, 2, 3, 4})->value_or(-5), 0);
     EXPECT_EQ(*client->mediaBounds(41), (Rectangle{5, 6, 7, 8}));
     ASSERT_TRUE(client->addMediaListener(41));
     ASSERT_TRUE(client->setMediaFreeze(41, true));
@@ -138,17 +145,17 @@ TEST_F(ControlRoundTripTest, MediaPlayer) {
     ASSERT_TRUE(client->setMediaTrebleLevel(41, std::nan("")));
     ASSERT_TRUE(client->stopMedia(41));
     ASSERT_TRUE(client->closeMedia(41));
-    EXPECT_EQ(logAfterBarrier(),
-              (std::vector<std::string>{"open " + locator, "seek 41 -3 9", "media bounds 41 1,2,3,4",
-                                        "media listener 41", "freeze 41 on", "mute 41 off",
-                                        "balance 41 3fe0000000000000", "sound 41 3ff0000000000000",
-                                        "bass 41 " + StubListener::hexOf(-2.25),
-                                        "treble 41 " + StubListener::hexOf(std::nan("")), "stop 41", "close 41"}));
+    EXPECT_EQ(callsSinceLastLook(),
+              (Calls{"open " + locator, "getDuration 41", "getCurrentTime 41", "setMediaBounds 41 1 2 3 4",
+                     "setCurrentTime 41 -3 9", "play 41", "getMediaBounds 41", "addMediaListener 41",
+                     "setMediaFreeze 41 1", "setMediaMute 41 0", "setMediaBalanceLevel 41 3fe0000000000000",
+                     "setMediaSoundLevel 41 3ff0000000000000", "setMediaBassLevel 41 " + hexOf(-2.25),
+                     "setMediaTrebleLevel 41 " + hexOf(std::nan("")), "stop 41", "close 41"}));
 
-    stub.openedHandle = -1;
-    stub.duration = -1;
-    stub.playResult = false;
-    stub.mediaBounds[0] = -1;
+    stub.openedHandle = testing::ScriptedListener::KEEP;
+    stub.number = -1;
+    stub.yes = false;
+    stub.bounds.x = -1;
     EXPECT_FALSE(client->openMedia("x")->has_value());
     EXPECT_FALSE(client->mediaDuration(41)->has_value());
     EXPECT_FALSE(*client->playMedia(41));
@@ -173,16 +180,15 @@ TEST_F(ControlRoundTripTest, ServiceInformation) {
     stub.services = {s, service{}};
     stub.components = {service_component{1, 2, 3, 4, 5, 6}};
     descriptor d1, d2;
+    d1.id = 0x48;
     d1.data = {0x48, 0x01, 0xFF};
     d2.id = 0x4d;
     stub.descriptors = {d1, d2};
     stub.pmts = {pmt{10, 20, 30, 40}, pmt{-1, 0, 0, 1}};
-    stub.caSystemIds = {0x0B00};
-    stub.currentService = 3;
-    stub.protectedService = true;
-    stub.codingFormat = "ISO-8859-15";
-    stub.description = std::string(300, 'd');
-    stub.transportStream = transport_stream{1, 2, 3, 4, 3};
+    stub.ids = {0x0B00};
+    stub.number = 3;
+    stub.yes = true;
+    stub.stream = transport_stream{1, 2, 3, 4, 3};
     stub.net.value0 = 99;
     stub.net.text0 = "net";
 
@@ -210,29 +216,35 @@ TEST_F(ControlRoundTripTest, ServiceInformation) {
     EXPECT_EQ(*client->caSystemIds(), std::vector<std::int32_t>{0x0B00});
     EXPECT_EQ(client->currentService()->value_or(0), 3);
     EXPECT_TRUE(*client->isProtectedService());
+    stub.text = "ISO-8859-15";
     EXPECT_EQ(*client->siCodingFormat(), "ISO-8859-15");
+    stub.text = std::string(300, 'd');
     EXPECT_EQ(*client->serviceDescription(), std::string(254, 'd'));
     EXPECT_EQ((*client->transportStream())->value4, 3);
     EXPECT_EQ((*client->network())->text0, "net");
 
-    // The first descriptor's id tells which arguments reached the query.
     auto eventDescriptors = client->programEventDescriptors(4, 2);
     ASSERT_TRUE(eventDescriptors) << eventDescriptors.error().message();
     ASSERT_EQ(eventDescriptors->size(), 2u);
-    EXPECT_EQ((*eventDescriptors)[0].id, 402);
+    EXPECT_EQ((*eventDescriptors)[0].id, 0x48);
     EXPECT_EQ((*eventDescriptors)[0].data, (std::vector<std::uint8_t>{0x48, 0x01, 0xFF}));
     EXPECT_EQ((*eventDescriptors)[1].id, 0x4d);
     EXPECT_TRUE((*eventDescriptors)[1].data.empty());
-    EXPECT_EQ(client->serviceComponentDescriptors(11)->at(0).id, 11);
-    EXPECT_EQ(client->transportStreamDescriptors(13)->at(0).id, 13);
+    EXPECT_EQ(client->serviceComponentDescriptors(11)->at(1).id, 0x4d);
+    EXPECT_EQ(client->transportStreamDescriptors(13)->at(0).data, d1.data);
     EXPECT_EQ(client->networkDescriptors()->at(0).data, d1.data);
+    EXPECT_EQ(callsSinceLastLook(),
+              (Calls{"getProgramEvents", "getProgramEvent", "getServices", "getServiceComponents 8", "getPMTs 8",
+                     "getCASystemIds", "getCurrentService", "isProtectedService", "getSICodingFormat",
+                     "getServiceDescription", "getTransportStream", "getNetwork", "getProgramEventDescriptors 4 2",
+                     "getServiceComponentDescriptors 11", "getTransportStreamDescriptors 13", "getNetworkDescriptors"}));
 
     // Nothing to tell.
     stub.events.clear();
     stub.event.value1 = -1;
-    stub.transportStream.value1 = -1;
+    stub.stream.value1 = -1;
     stub.net.value0 = -1;
-    stub.currentService = -1;
+    stub.number = -1;
     stub.descriptors.clear();
     EXPECT_TRUE(client->programEvents()->empty());
     EXPECT_FALSE(client->programEvent()->has_value());

@@ -1,7 +1,7 @@
 // The demux client against the real section-filter server.
 #include <gtest/gtest.h>
 
-#include "RecordingFilter.h"
+#include "support/RecordingFilter.h"
 #include "support/TempDir.h"
 #include "tessarine/IpcDemuxServer.h"
 #include "tessarine/client/DemuxClient.h"
@@ -57,7 +57,7 @@ TEST_F(DemuxClientTest, EveryCommandArrivesWithItsArguments) {
     ASSERT_TRUE(section) << section.error().message();
     EXPECT_EQ(*section, filter.section);
 
-    EXPECT_EQ(filter.log(), (std::vector<std::string>{"start", "pid 18", "table 78", "positive 0 [42] [ff]",
+    EXPECT_EQ(filter.calls.snapshot(), (std::vector<std::string>{"start", "pid 18", "table 78", "positive 0 [42] [ff]",
                                                        "greater -1 [] [0102]", "less 3 [" + hex(Bytes(4096, 0xaa)) + "] []",
                                                        "xor 4 [01] [02] [0304]", "timeout 2000", "clear table",
                                                        "clear positive", "clear less", "clear xor", "stop"}));

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tessarine/message.h"
+#include "support/ControlTestClient.h"
 
 namespace tessarine {
 namespace testing {
@@ -81,14 +81,6 @@ public:
     }
     template <typename T>
     bool sendValue(const T& value) { return sendRaw(&value, sizeof value); }
-
-    static message record(std::int32_t type, std::int32_t code) {
-        message r;
-        r.clear();
-        r.type = type;
-        r.code = code;
-        return r;
-    }
 
 private:
     int listener_ = -1;

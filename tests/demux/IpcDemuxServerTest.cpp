@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "support/DemuxTestClient.h"
-#include "support/EventLog.h"
+#include "support/RecordingFilter.h"
 #include "support/TempDir.h"
 #include "tessarine/IpcDemuxServer.h"
 
@@ -14,40 +14,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::DemuxTestClient;
-using Bytes = std::vector<unsigned char>;
-
-struct Call {
-    Call(std::string n, long v = 0, std::vector<Bytes> s = {}) : name(std::move(n)), value(v), strings(std::move(s)) {}
-    std::string name;
-    long value;
-    std::vector<Bytes> strings;
-};
-
-class RecordingDemuxListener : public IpcDemuxServerListener {
-public:
-    void start() override { log.push({"start"}); }
-    void stop() override { log.push({"stop"}); }
-    void set_pid(int pid) override { log.push({"set_pid", pid}); }
-    void set_table_id(int id) override { log.push({"set_table_id", id}); }
-    void set_positive_filter(int v, const Bytes& a, const Bytes& b) override { log.push({"positive", v, {a, b}}); }
-    void set_greater_than_filter(int v, const Bytes& a, const Bytes& b) override { log.push({"greater", v, {a, b}}); }
-    void set_less_than_filter(int v, const Bytes& a, const Bytes& b) override { log.push({"less", v, {a, b}}); }
-    void set_xor_filter(int v, const Bytes& a, const Bytes& b, const Bytes& c) override {
-        log.push({"xor", v, {a, b, c}});
-    }
-    void set_time_out(long t) override { log.push({"set_time_out", t}); }
-    void clear_table_id() override { log.push({"clear_table_id"}); }
-    void clear_positive_filter() override { log.push({"clear_positive_filter"}); }
-    void clear_less_than_filter() override { log.push({"clear_less_than_filter"}); }
-    void clear_xor_filter() override { log.push({"clear_xor_filter"}); }
-    Bytes read_section() override {
-        log.push({"read_section"});
-        return section;
-    }
-
-    Bytes section;
-    testing::EventLog<Call> log;
-};
+using testing::Bytes;
+using Calls = std::vector<std::string>;
 
 class IpcDemuxServerTest : public ::testing::Test {
 protected:
@@ -58,7 +26,7 @@ protected:
     }
 
     testing::TempDir dir;
-    RecordingDemuxListener listener;
+    testing::RecordingFilter listener;
     IpcDemuxServer server{dir.file("ipcdemux.socket")};
 };
 
@@ -75,22 +43,12 @@ TEST_F(IpcDemuxServerTest, FilterCommandsReachTheListenerWithTheirArguments) {
     for (int word : {0, 1, 9, 10, 11, 12}) ASSERT_TRUE(client.sendWord(word));
     EXPECT_TRUE(client.quietFor(100ms)) << "commands 0 to 12 are never answered";
 
-    ASSERT_TRUE(listener.log.waitFor(11));
-    const auto calls = listener.log.snapshot();
-    EXPECT_EQ(calls[0].name, "positive");
-    EXPECT_EQ(calls[0].value, 0);
-    EXPECT_EQ(calls[0].strings, (std::vector<Bytes>{{0x42}, {0xFF}}));
-    EXPECT_EQ(calls[1].name, "xor");
-    EXPECT_EQ(calls[1].value, -3);
-    EXPECT_EQ(calls[1].strings, (std::vector<Bytes>{{1}, {2, 2}, {3, 3, 3}}));
-    EXPECT_EQ(calls[2].name, "greater");
-    EXPECT_EQ(calls[2].strings, (std::vector<Bytes>{{}, {}})) << "a negative length is the empty string";
-    EXPECT_EQ(calls[3].value, 0x12);
-    EXPECT_EQ(calls[4].name, "set_table_id");
-    EXPECT_EQ(calls[5].value, 2000);
-    const std::vector<std::string> plain{"start", "stop", "clear_table_id", "clear_positive_filter",
-                                         "clear_less_than_filter", "clear_xor_filter"};
-    for (std::size_t i = 0; i < plain.size(); ++i) EXPECT_EQ(calls[6 + i].name, plain[i]);
+    ASSERT_TRUE(listener.calls.waitFor(12));
+    EXPECT_EQ(listener.calls.snapshot(),
+              (Calls{"positive 0 [42] [ff]", "xor -3 [01] [0202] [030303]",
+                     "greater 9 [] []",  // a negative length is the empty string
+                     "pid 18", "table 78", "timeout 2000", "start", "stop", "clear table", "clear positive",
+                     "clear less", "clear xor"}));
 }
 
 TEST_F(IpcDemuxServerTest, SectionsAreAnsweredWithLengthThenBytes) {
@@ -118,7 +76,7 @@ TEST_F(IpcDemuxServerTest, UnknownWordsAndWordsWithoutListenerConsumeOnlyFourByt
     DemuxTestClient client(server.path());
     ASSERT_TRUE(client.sendWord(14) && client.sendWord(0));   // 14 dropped, then start
     ASSERT_TRUE(client.sendWord(-1) && client.sendWord(1));   // -1 dropped, then stop
-    ASSERT_TRUE(listener.log.waitFor(2));
+    ASSERT_TRUE(listener.calls.waitFor(2));
     server.setListener(nullptr);
     // With no listener set_pid is dropped, and its argument 9 is a word too.
     ASSERT_TRUE(client.sendWord(2) && client.sendWord(9));
@@ -126,11 +84,8 @@ TEST_F(IpcDemuxServerTest, UnknownWordsAndWordsWithoutListenerConsumeOnlyFourByt
     EXPECT_TRUE(client.quietFor(100ms)) << "a read with no listener is not answered";
     server.setListener(&listener);
     ASSERT_TRUE(client.sendWord(9));
-    ASSERT_TRUE(listener.log.waitFor(3));
-    const auto calls = listener.log.snapshot();
-    EXPECT_EQ(calls[0].name, "start");
-    EXPECT_EQ(calls[1].name, "stop");
-    EXPECT_EQ(calls[2].name, "clear_table_id");
+    ASSERT_TRUE(listener.calls.waitFor(3));
+    EXPECT_EQ(listener.calls.snapshot(), (Calls{"start", "stop", "clear table"}));
 }
 
 TEST_F(IpcDemuxServerTest, ACutOrOversizedCommandEndsOnlyThatConnection) {
@@ -149,13 +104,10 @@ TEST_F(IpcDemuxServerTest, ACutOrOversizedCommandEndsOnlyThatConnection) {
         DemuxTestClient client(server.path());
         ASSERT_TRUE(client.sendWord(3));  // set_table_id whose value never arrives
     }
-    ASSERT_TRUE(listener.log.waitFor(2));
+    ASSERT_TRUE(listener.calls.waitFor(2));
     std::this_thread::sleep_for(50ms);
-    const auto calls = listener.log.snapshot();
-    ASSERT_EQ(calls.size(), 2u) << "the cut filters never reach the listener";
-    EXPECT_EQ(calls[0].name, "set_pid");
-    EXPECT_EQ(calls[1].name, "set_table_id");
-    EXPECT_EQ(calls[1].value, -1) << "a value that never arrives stays at its preset";
+    // The cut filters never reach the listener; a value that never arrives stays at its preset.
+    EXPECT_EQ(listener.calls.snapshot(), (Calls{"pid 17", "table -1"}));
 }
 
 TEST(IpcDemuxServerLifecycle, StopEndsABlockedThreadAndTheServerRestarts) {
@@ -173,7 +125,7 @@ TEST(IpcDemuxServerLifecycle, StopEndsABlockedThreadAndTheServerRestarts) {
     EXPECT_TRUE(client.closedByPeer());
 
     server.start();
-    RecordingDemuxListener listener;
+    testing::RecordingFilter listener;
     server.setListener(&listener);
     DemuxTestClient again(server.path());
     auto section = again.readSection();

@@ -3,7 +3,7 @@
 #include <map>
 #include <thread>
 
-#include "ScriptedListener.h"
+#include "support/HubFixture.h"
 
 namespace tessarine {
 namespace {

@@ -3,7 +3,7 @@
 #include <future>
 #include <thread>
 
-#include "ScriptedListener.h"
+#include "support/HubFixture.h"
 #include "hub/AppStateReply.h"
 #include "tessarine/TextField.h"
 
@@ -22,7 +22,7 @@ protected:
     // A round trip: the connection is accepted before anything goes out.
     void reconnect() {
         client = connect();
-        ASSERT_EQ(ask(*client, makeRecord(MSG_VERSION, 0)).type, MSG_VERSION);
+        ASSERT_EQ(client->ask(makeRecord(MSG_VERSION, 0)).type, MSG_VERSION);
     }
     message next() { return client->receive().value_or(makeRecord(-1, -1)); }
     // Answers the next application-state request with its state plus `offset`.

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "ScriptedListener.h"
+#include "support/HubFixture.h"
 
 namespace tessarine {
 namespace {

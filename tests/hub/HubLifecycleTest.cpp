@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <thread>
 
-#include "ScriptedListener.h"
+#include "support/HubFixture.h"
 #include "support/DemuxTestClient.h"
 
 namespace tessarine {
@@ -11,11 +10,6 @@ namespace {
 
 using testing::makeRecord;
 using namespace std::chrono_literals;
-
-std::size_t entries(const char* directory) {
-    const std::filesystem::directory_iterator all(directory);
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
 
 class Connections : public ConnectionListener {
 public:
@@ -34,13 +28,13 @@ TEST_F(HubLifecycleTest, DispatcherLogsUnknownTypesAndAnswersVersionChecks) {
 
     ::testing::internal::CaptureStderr();
     for (int type : {7, 9, 11, -1}) ASSERT_TRUE(client->send(makeRecord(type, 0)));
-    EXPECT_EQ(ask(*client, makeRecord(MSG_VERSION, 5)).bytes()[12], 0) << "no listener: false";
+    EXPECT_EQ(client->ask(makeRecord(MSG_VERSION, 5)).bytes()[12], 0) << "no listener: false";
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
               "Unknown message: 7\nUnknown message: 9\nUnknown message: 11\nUnknown message: -1\n");
 
     lower.number = 0x1FF;
     hub->addIpcServerListener(&lower);
-    const message answer = ask(*client, makeRecord(MSG_VERSION, 5));
+    const message answer = client->ask(makeRecord(MSG_VERSION, 5));
     EXPECT_EQ(std::make_tuple(answer.type, answer.code, answer.bytes()[12]), std::make_tuple(10, 5, 0xFF));
 
     client->close();
@@ -69,16 +63,16 @@ TEST_F(HubLifecycleTest, DestroyAndRecreateBindsBothSocketsAgainWithoutLeaks) {
     auto roundTrip = [&] {
         hub = IpcServerManager::getInstance();
         auto client = connect();
-        EXPECT_EQ(ask(*client, makeRecord(MSG_VERSION, 1)).type, MSG_VERSION);
+        EXPECT_EQ(client->ask(makeRecord(MSG_VERSION, 1)).type, MSG_VERSION);
         testing::DemuxTestClient demux(dir.file("ipcdemux.socket"), 500ms);
         EXPECT_TRUE(demux.connected());
         IpcServerManager::destroy();
     };
     roundTrip();  // settles lazily opened runtime descriptors
-    const std::size_t fds = entries("/proc/self/fd"), threads = entries("/proc/self/task");
+    const std::size_t fds = testing::entriesIn("/proc/self/fd"), threads = testing::entriesIn("/proc/self/task");
     for (int i = 0; i < 5; ++i) roundTrip();
-    EXPECT_EQ(entries("/proc/self/fd"), fds);
-    EXPECT_EQ(entries("/proc/self/task"), threads);
+    EXPECT_EQ(testing::entriesIn("/proc/self/fd"), fds);
+    EXPECT_EQ(testing::entriesIn("/proc/self/task"), threads);
 }
 
 }  // namespace

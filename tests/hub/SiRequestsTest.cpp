@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "ScriptedListener.h"
+#include "support/HubFixture.h"
 #include "tessarine/TextField.h"
 
 namespace tessarine {
@@ -17,7 +17,7 @@ protected:
         HubTest::SetUp();
         client = connect();
     }
-    message si(int code) { return ask(*client, makeRecord(MSG_SI, code)); }
+    message si(int code) { return client->ask(makeRecord(MSG_SI, code)); }
     std::unique_ptr<testing::ControlTestClient> client;
 };
 
@@ -47,7 +47,7 @@ TEST_F(SiRequestsTest, ProgramEventListSendsAllRecordsThenEachEventsTrailingData
     lower.events = {first, second};
     hub->addIpcServerListener(&lower);
 
-    const auto items = askList(*client, makeRecord(MSG_SI, 1));
+    const auto items = client->askList(makeRecord(MSG_SI, 1));
     ASSERT_EQ(items.size(), 2u);
     EXPECT_EQ(std::make_tuple(items[0].code, items[0].get<int>(16), items[1].get<int>(16)), std::make_tuple(1, 1, 2));
     EXPECT_EQ(items[0].get<std::uint32_t>(12 + 800), 2u);
@@ -89,7 +89,7 @@ TEST_F(SiRequestsTest, PlainListsInPlaceTextsAndUnknownCodes) {
     lower.pmts.front().value3 = 33;
     lower.text = std::string(300, 'd');
     hub->addIpcServerListener(&lower);
-    const auto pmts = askList(*client, makeRecord(MSG_SI, 16));
+    const auto pmts = client->askList(makeRecord(MSG_SI, 16));
     ASSERT_EQ(pmts.size(), 1u);
     EXPECT_EQ(std::make_pair(pmts[0].code, pmts[0].get<int>(24)), std::make_pair(16, 33));
     EXPECT_EQ(readText(si(8), 12), std::string(254, 'd'));

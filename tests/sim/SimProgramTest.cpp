@@ -50,27 +50,10 @@ protected:
     std::string controlPath() const { return sockets.path() + "/ipc.socket"; }
 
     // A request answered by one record with the request's type and code.
-    message ask(ControlTestClient& client, message request) {
-        EXPECT_TRUE(client.send(request));
-        auto answer = client.receive();
-        EXPECT_TRUE(answer.has_value()) << "no answer to type " << request.type << " code " << request.code;
-        if (!answer) return makeRecord(-1, -1);
-        EXPECT_EQ(answer->type, request.type);
-        EXPECT_EQ(answer->code, request.code);
-        return *answer;
-    }
-    // A list answer: the header's count, then that many item records.
-    std::vector<message> askList(ControlTestClient& client, const message& request) {
-        EXPECT_TRUE(client.send(request));
-        std::vector<message> items;
-        auto header = client.receive();
-        if (!header || header->type != MSG_LIST_HEADER) {
-            ADD_FAILURE() << "no list header";
-            return items;
-        }
-        for (int i = 0; i < header->code; ++i)
-            if (auto item = client.receive()) items.push_back(*item);
-        return items;
+    message ask(ControlTestClient& client, const message& request) {
+        const message answer = client.ask(request);
+        EXPECT_EQ(std::make_pair(answer.type, answer.code), std::make_pair(request.type, request.code));
+        return answer;
     }
 
     TempDir files;
@@ -132,7 +115,7 @@ TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
               (std::vector<int>{11, 22, 333, 444}));
     EXPECT_EQ(ask(client, makeRecord(MSG_VIDEO, 12)).get<int>(12), 93);
     EXPECT_EQ(textAt(ask(client, makeRecord(MSG_VIDEO, 3)), 12), "qaa");
-    auto languages = askList(client, makeRecord(MSG_VIDEO, 4));
+    auto languages = client.askList(makeRecord(MSG_VIDEO, 4));
     ASSERT_EQ(languages.size(), 2u);
     EXPECT_EQ(textAt(languages[1], 12), "l2");
 
@@ -146,7 +129,7 @@ TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
     message remove = makeRecord(MSG_PROPERTY, 3);
     putText(remove, 12, "p.two");
     ASSERT_TRUE(client.send(remove));
-    auto properties = askList(client, makeRecord(MSG_PROPERTY, 1));
+    auto properties = client.askList(makeRecord(MSG_PROPERTY, 1));
     ASSERT_EQ(properties.size(), 2u);
     EXPECT_EQ(textAt(properties[0], 12) + "=" + textAt(properties[0], 267), "p.one=v1");
     EXPECT_EQ(textAt(properties[1], 12) + "=" + textAt(properties[1], 267), "p.three=v3");
@@ -157,7 +140,7 @@ TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
 
     EXPECT_EQ(ask(client, makeRecord(MSG_TUNER, 0)).get<int>(12), 4242);
     message ids = makeRecord(MSG_TUNER, 2);
-    auto idList = askList(client, ids);
+    auto idList = client.askList(ids);
     ASSERT_EQ(idList.size(), 2u);
     EXPECT_EQ(idList[1].get<int>(12), 9);
 
@@ -166,13 +149,13 @@ TEST_F(SimProgram, EveryFamilyIsAnsweredFromTheScenario) {
     EXPECT_EQ(textAt(ask(client, mount), 267), "/mnt/car");
 
     EXPECT_EQ(ask(client, makeRecord(MSG_SI, 7)).get<int>(12), 77);
-    auto services = askList(client, makeRecord(MSG_SI, 6));
+    auto services = client.askList(makeRecord(MSG_SI, 6));
     ASSERT_EQ(services.size(), 2u);
     EXPECT_EQ(textAt(services[1], 36), "Svc Two");
     message network = ask(client, makeRecord(MSG_SI, 14));
     EXPECT_EQ(network.get<int>(12), 31);
     EXPECT_EQ(textAt(network, 16), "Net");
-    auto descriptors = askList(client, makeRecord(MSG_SI, 15));
+    auto descriptors = client.askList(makeRecord(MSG_SI, 15));
     ASSERT_EQ(descriptors.size(), 1u);
     EXPECT_EQ(descriptors[0].get<std::uint16_t>(12), 64);
     ASSERT_EQ(descriptors[0].get<std::uint32_t>(16), 3u);

@@ -28,5 +28,12 @@ private:
     std::string path_;
 };
 
+// How many entries a directory holds: /proc/self/fd and /proc/self/task
+// show leaked descriptors and threads.
+inline std::size_t entriesIn(const std::string& directory) {
+    const std::filesystem::directory_iterator all(directory);
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
 }  // namespace testing
 }  // namespace tessarine

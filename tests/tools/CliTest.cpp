@@ -4,13 +4,14 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <future>
 #include <nlohmann/json.hpp>
 
 #include "client/BridgeFixture.h"
 #include "tessarine/ConnectionListener.h"
-#include "client/RecordingFilter.h"
+#include "support/RecordingFilter.h"
 
 namespace tessarine {
 namespace {
@@ -44,6 +45,11 @@ protected:
         run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         return run;
     }
+    // Whether the listener was asked this (each run's disconnection adds a video reset after it).
+    bool called(const std::string& entry) {
+        const auto calls = stub.calls.snapshot();
+        return std::find(calls.begin(), calls.end(), entry) != calls.end();
+    }
     Json json(const std::string& arguments) {
         CliRun run = cli("--json " + arguments);
         EXPECT_EQ(run.exitCode, 0) << arguments;
@@ -60,9 +66,9 @@ TEST_F(CliTest, AnswersParseBackToTheBridgesValues) {
     d.id = 0x48;
     d.data = {0x01, 0xab};
     stub.descriptors = {d};
-    stub.propertyValue = "1";
+    stub.text = "1";
     stub.openedHandle = 12;
-    stub.versionFlag = 1;
+    stub.yes = true;
     program_event e;
     e.value1 = 5;
     e.bytes0 = {0xff};
@@ -74,9 +80,14 @@ TEST_F(CliTest, AnswersParseBackToTheBridgesValues) {
     EXPECT_EQ(services[0]["value0"], 7);
     EXPECT_EQ(services[0]["text0"], "One");
     EXPECT_EQ(json("si descriptors ts 72")[0], (Json{{"id", 0x48}, {"length", 2}, {"data", "01ab"}}));
-    EXPECT_EQ(json("property get lang")["value"], "lang=1");
+    EXPECT_TRUE(called("getTransportStreamDescriptors 72"));
+    EXPECT_EQ(json("property get lang")["value"], "1");
+    EXPECT_TRUE(called("getSystemProperty lang"));
     EXPECT_EQ(json("media open http://x/a.ts")["handle"], 12);
+    stub.number = 4;
     EXPECT_EQ(json("version 3")["result"], 4);
+    EXPECT_TRUE(called("checkVersionFlag 3"));
+    stub.number = -1;
     EXPECT_EQ(json("si events")[0]["strings2"], Json::array({"s"}));
     EXPECT_EQ(json("si events")[0]["bytes0"], "ff");
     EXPECT_TRUE(json("si current").is_null());
@@ -129,7 +140,7 @@ TEST_F(CliTest, DemuxReadSetsThePidAndDumpsTheSection) {
     hub->addIpcDemuxServerListener(&filter);
     const Json section = json("demux read --pid 0x12 --table 0x4e --timeout 2000");
     EXPECT_EQ(section, (Json{{"length", 3}, {"section", "4ef011"}}));
-    EXPECT_EQ(filter.log(), (std::vector<std::string>{"pid 18", "table 78", "start"}));
+    EXPECT_EQ(filter.calls.snapshot(), (std::vector<std::string>{"pid 18", "table 78", "start"}));
     const CliRun dump = cli("demux section");
     EXPECT_NE(dump.out.find("0000  4e f0 11"), std::string::npos) << dump.out;
     hub->addIpcDemuxServerListener(nullptr);

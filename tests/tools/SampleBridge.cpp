@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <thread>
 
-#include "client/RecordingFilter.h"
-#include "client/StubListener.h"
+#include "support/RecordingFilter.h"
+#include "support/ScriptedListener.h"
 #include "tessarine/IpcServerManager.h"
 
 int main(int argc, char** argv) {
@@ -15,13 +15,14 @@ int main(int argc, char** argv) {
     }
     using namespace tessarine;
     IpcServerManager::setSocketDirectory(argv[1]);
-    static testing::StubListener stub;
+    static testing::ScriptedListener stub;
     static testing::RecordingFilter section;
     section.section = {0x4e, 0xf0, 0x15, 0x00, 0x01, 0xc1, 0x00, 0x00, 0x00, 0x01, 0x00, 0x01,
                        0x01, 0x4e, 0x00, 0x01, 0x48, 0x65, 0x6c, 0x6c, 0x6f, 0x2e, 0x9a, 0x3b};
-    stub.bounds[0] = 0, stub.bounds[1] = 0, stub.bounds[2] = 1920, stub.bounds[3] = 1080;
+    stub.logging = false;  // it runs until killed
+    stub.bounds = {0, 0, 1920, 1080};
     stub.languages = {"por", "eng", "spa"};
-    stub.propertyValue = "pt-BR";
+    stub.text = "pt-BR";  // every text query
     system_property p{};
     writeTextField(p.name, "system.language");
     writeTextField(p.value, "pt-BR");
@@ -30,10 +31,8 @@ int main(int argc, char** argv) {
     writeTextField(q.value, "1920x1080");
     stub.properties = {p, q};
     stub.openedHandle = 1;
-    stub.playResult = true;
-    stub.duration = 5400000;
-    stub.currentService = 2;
-    stub.versionFlag = 1;
+    stub.yes = true;
+    stub.number = 2;  // every integer query: current service, duration, version flag
     service s1;
     s1.value0 = 1, s1.value1 = 0x0441, s1.value2 = 1, s1.text0 = "TV Tessarine HD";
     service s2;

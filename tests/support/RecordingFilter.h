@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/EventLog.h"
 #include "tessarine/IpcDemuxServerListener.h"
 
 namespace tessarine {
@@ -23,17 +24,16 @@ inline std::string hex(const Bytes& bytes) {
     return out;
 }
 
-// Logs every command with its arguments; read_section hands out `section`,
-// or waits until released when `holdSections` is set.
+// A section filter that logs every command with its arguments ("pid 18",
+// "xor 4 [01] [02] [0304]"); read_section hands out `section`, or waits
+// until released when `holdSections` is set.
 class RecordingFilter : public IpcDemuxServerListener {
 public:
     Bytes section;
     bool holdSections = false;
 
-    std::vector<std::string> log() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return log_;
-    }
+    EventLog<std::string> calls;
+
     void release() {
         std::lock_guard<std::mutex> lock(mutex_);
         holdSections = false;
@@ -60,10 +60,7 @@ public:
     }
 
 private:
-    void note(const std::string& line) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        log_.push_back(line);
-    }
+    void note(const std::string& line) { calls.push(line); }
     void filter(const char* name, int value, std::initializer_list<Bytes> strings) {
         std::string line = std::string(name) + " " + std::to_string(value);
         for (const Bytes& s : strings) line += " [" + hex(s) + "]";
@@ -72,7 +69,6 @@ private:
 
     std::mutex mutex_;
     std::condition_variable released_;
-    std::vector<std::string> log_;
 };
 
 }  // namespace testing
