@@ -8,6 +8,7 @@
 #include "support/RecordingFilter.h"
 #include "support/TempDir.h"
 #include "tessarine/IpcDemuxServer.h"
+#include "tessarine/IpcServerManager.h"
 
 namespace tessarine {
 namespace {
@@ -131,6 +132,12 @@ TEST(IpcDemuxServerLifecycle, StopEndsABlockedThreadAndTheServerRestarts) {
     auto section = again.readSection();
     ASSERT_TRUE(section);
     EXPECT_TRUE(section->empty());
+}
+
+TEST(IpcDemuxServerLifecycle, ProductionPathsAreTheDefaults) {
+    // Checked without binding: a user may be running the bridge on them.
+    EXPECT_EQ(IpcDemuxServer().path(), "/dev/shm/ipcdemux.socket");
+    EXPECT_EQ(IpcServerManager::socketDirectory(), "/dev/shm") << "nothing in this program changes it";
 }
 
 TEST(IpcDemuxServerLifecycle, FailuresAreReported) {
