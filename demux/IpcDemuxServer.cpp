@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "transport/ThreadSupport.h"
 #include "transport/UnixSocket.h"
 
 namespace tessarine {
@@ -49,7 +50,10 @@ void IpcDemuxServer::start() {
     if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
 
     if (!socket_.open(path_, path_.size())) return;
-    thread_ = std::thread(&IpcDemuxServer::run, this);
+    if (!startThread(thread_, &IpcDemuxServer::run, this)) {
+        socket_.closeAll();
+        return;
+    }
     running_.store(true);
 }
 
@@ -65,7 +69,10 @@ void IpcDemuxServer::serve() {
 
 void IpcDemuxServer::serveClient() {
     std::int32_t command = 0;
-    while (receiveWord(command) && handleCommand(command)) {
+    bool more = true;
+    while (more && receiveWord(command)) {
+        // A command that failed in the listener is dropped; the stream goes on.
+        runGuarded("Demux command failed", [&] { more = handleCommand(command); });
     }
     socket_.closeClient();  // the filter state is left as the client set it
 }
@@ -131,7 +138,13 @@ bool IpcDemuxServer::handleCommand(std::int32_t word) {
         }
         break;
     }
-    case READ_SECTION: sendSection(listener->read_section()); break;
+    case READ_SECTION: {
+        // The client waits for an answer: a read that failed answers empty.
+        std::vector<unsigned char> section;
+        runGuarded("Demux command failed", [&] { section = listener->read_section(); });
+        sendSection(section);
+        break;
+    }
     default: break;
     }
     return true;

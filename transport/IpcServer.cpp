@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "transport/ThreadSupport.h"
 #include "transport/UnixSocket.h"
 
 namespace tessarine {
@@ -45,7 +46,10 @@ void IpcServer::start() {
     }
     if (!socket_.open(path_, static_cast<std::size_t>(pathLength_))) return;
     running_.store(true);
-    thread_ = std::thread(&IpcServer::run, this);
+    if (!startThread(thread_, &IpcServer::run, this)) {
+        socket_.closeAll();
+        running_.store(false);
+    }
 }
 
 void* IpcServer::run(void* self) {
@@ -70,7 +74,7 @@ bool IpcServer::serveClient() {
         const std::size_t received = unix_socket::receiveAll(socket_.client(), buffer.bytes(), MESSAGE_SIZE);
         // A record cut short by the peer's close is still delivered, with the
         // previous record's tail; the next receive then ends the connection.
-        if (received > 0 && listener_ != nullptr) listener_->update(buffer);
+        if (received > 0 && listener_ != nullptr) deliver(buffer);
         if (received < MESSAGE_SIZE) break;
     }
 
@@ -78,11 +82,15 @@ bool IpcServer::serveClient() {
     if (listener_ != nullptr) {
         buffer.type = MSG_VIDEO;
         buffer.code = 2;  // VIDEO_RESET: the consumers reset video when the client goes
-        listener_->update(buffer);
+        deliver(buffer);
     }
     closeClient();
     if (listener_ != nullptr) listener_->clientDisconnected();
     return true;
+}
+
+void IpcServer::deliver(message& record) {
+    runGuarded("Request failed", [&] { listener_->update(record); });
 }
 
 void IpcServer::closeClient() {

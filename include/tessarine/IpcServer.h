@@ -64,6 +64,8 @@ private:
     void serve();
     // Serves the connection; false when stop() ended it.
     bool serveClient();
+    // Hands a record to the listener; an exception from it is reported, not passed on.
+    void deliver(message& record);
     // Writes to the client under the send lock; the bytes written, with errno
     // set by the failed call when short. A stalled client is disconnected.
     std::size_t writeToClient(const unsigned char* data, std::size_t length);

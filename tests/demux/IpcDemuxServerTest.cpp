@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -71,6 +72,22 @@ TEST_F(IpcDemuxServerTest, SectionsAreAnsweredWithLengthThenBytes) {
     auto full = client.readSection();
     ASSERT_TRUE(full);
     EXPECT_EQ(*full, listener.section);
+}
+
+TEST_F(IpcDemuxServerTest, AFailingReadIsAnsweredEmptyAndTheChannelGoesOn) {
+    DemuxTestClient client(server.path());
+    listener.failReads = true;
+    ::testing::internal::CaptureStderr();
+    auto failed = client.readSection();
+    const std::string report = ::testing::internal::GetCapturedStderr();
+    ASSERT_TRUE(failed) << "the client must not be left waiting";
+    EXPECT_TRUE(failed->empty());
+    EXPECT_EQ(report, "Demux command failed: no tuner\n");
+    listener.failReads = false;
+    listener.section = {1, 2};
+    auto next = client.readSection();
+    ASSERT_TRUE(next);
+    EXPECT_EQ(*next, (Bytes{1, 2}));
 }
 
 TEST_F(IpcDemuxServerTest, UnknownWordsAndWordsWithoutListenerConsumeOnlyFourBytes) {

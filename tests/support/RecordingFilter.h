@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ class RecordingFilter : public IpcDemuxServerListener {
 public:
     Bytes section;
     bool holdSections = false;
+    bool failReads = false;  // read_section throws, as a failing facade might
 
     EventLog<std::string> calls;
 
@@ -56,6 +58,7 @@ public:
     Bytes read_section() override {
         std::unique_lock<std::mutex> lock(mutex_);
         released_.wait(lock, [&] { return !holdSections; });
+        if (failReads) throw std::runtime_error("no tuner");
         return section;
     }
 

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -25,7 +26,10 @@ struct Event {
 
 class RecordingListener : public IpcListener {
 public:
-    void update(message& record) override { log.push({Event::RECORD, record}); }
+    void update(message& record) override {
+        if (record.type == MSG_AUDIO && record.code == -1) throw std::runtime_error("facade gone");
+        log.push({Event::RECORD, record});
+    }
     void update(std::list<message>) override {}
     void clientConnected() override { log.push({Event::CONNECTED, {}}); }
     void clientDisconnected() override { log.push({Event::DISCONNECTED, {}}); }
@@ -117,6 +121,19 @@ TEST_F(IpcServerTest, SilentClientGetsAnAllZeroEndRecordAndTheNextClientIsServed
     EXPECT_EQ(events[2].kind, Event::DISCONNECTED);
     EXPECT_EQ(events[3].kind, Event::CONNECTED);
     EXPECT_EQ(events[4].record.type, MSG_VERSION);
+}
+
+TEST_F(IpcServerTest, AListenerExceptionIsReportedAndServingGoesOn) {
+    auto server = makeServer();
+    server->start();
+    ControlTestClient client(socketPath());
+    ASSERT_TRUE(listener.log.waitFor(1));
+    ::testing::internal::CaptureStderr();
+    ASSERT_TRUE(client.send(makeRecord(MSG_AUDIO, -1)));  // the listener throws on this one
+    ASSERT_TRUE(client.send(makeRecord(MSG_SI, 7)));
+    ASSERT_TRUE(listener.log.waitFor(2));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Request failed: facade gone\n");
+    EXPECT_EQ(listener.log.snapshot()[1].record.type, MSG_SI);
 }
 
 TEST_F(IpcServerTest, StopEndsAConnectionSilentlyAndTheServerRestarts) {
