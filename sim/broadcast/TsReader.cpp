@@ -78,13 +78,13 @@ bool TsReader::start(const std::string& source, Pace pace, std::string& error) {
 }
 
 bool TsReader::openUdp(const std::string& address, std::string& error) {
-    std::string spec = address.empty() || address[0] != '@' ? address : address.substr(1);
-    size_t colon = spec.rfind(':');
+    std::string target = address.empty() || address[0] != '@' ? address : address.substr(1);
+    size_t colon = target.rfind(':');
     if (colon == std::string::npos) {
         error = "udp source needs ADDR:PORT";
         return false;
     }
-    std::string host = spec.substr(0, colon), service = spec.substr(colon + 1);
+    std::string host = target.substr(0, colon), service = target.substr(colon + 1);
     if (host.size() >= 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
     addrinfo hints{};
     hints.ai_socktype = SOCK_DGRAM;
