@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "hub/FanOut.h"
+#include "tessarine/AnswerStream.h"
 #include "tessarine/IpcServer.h"
 #include "tessarine/IpcServerListener.h"
 #include "tessarine/IpcServerManager.h"
-#include "tessarine/SendBatch.h"
 #include "transport/ListEncoder.h"
 
 namespace tessarine {
@@ -18,15 +19,22 @@ struct HubContext {
     IpcServerManager& hub;
     IpcServer& server;
     FanOut<IpcServerListener> listeners;
+    // Set by an answer of so many items that the memory its list held is
+    // worth giving back to the system once the list is released.
+    mutable bool largeAnswer = false;
 
-    // Sends `items` by the list convention as one contiguous batch.
+    // A list from this many items on is a large answer.
+    static constexpr std::size_t LARGE_ANSWER_ITEMS = 10000;
+
+    // Sends `items` by the list convention as one contiguous answer.
     template <typename Items, typename WriteItem, typename Trailer = NoTrailingData>
     void sendList(message& record, std::int32_t itemCode, const Items& items, WriteItem writeItem,
                   Trailer trailer = {}) const {
-        SendBatch batch;
-        encodeList(batch, record, itemCode, items, writeItem, trailer);
-        server.send(batch);
+        noteSize(items.size());
+        AnswerStream answer(server);
+        encodeList(answer, record, itemCode, items, writeItem, trailer);
     }
+    void noteSize(std::size_t items) const { largeAnswer = largeAnswer || items >= LARGE_ANSWER_ITEMS; }
 };
 
 }  // namespace tessarine

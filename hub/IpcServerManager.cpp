@@ -3,6 +3,9 @@
 #include <atomic>
 #include <cstdint>
 #include <iostream>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "hub/AppStateReply.h"
 #include "hub/CarouselRequests.h"
@@ -36,6 +39,15 @@ std::string& directory() {
 }
 
 std::string socketPath(const std::string& dir, const char* name) { return dir + "/" + name; }
+
+// glibc keeps freed memory for later allocations; after a large answer's
+// lists are released that can be hundreds of MiB the process no longer uses.
+// Elsewhere the allocator decides.
+void giveFreedMemoryBack() {
+#ifdef __GLIBC__
+    ::malloc_trim(0);
+#endif
+}
 
 }  // namespace
 
@@ -144,7 +156,12 @@ void IpcServerManager::update(message& record) {
         return;
     }
     const HubContext context{*this, *server_, requestListeners()};
-    switch (type) {
+    dispatch(context, record);
+    if (context.largeAnswer) giveFreedMemoryBack();  // the handler has released its lists
+}
+
+void IpcServerManager::dispatch(const HubContext& context, message& record) {
+    switch (static_cast<std::uint32_t>(record.type)) {
         case MSG_VIDEO: return VideoRequests(context).handleVideo(record);
         case MSG_APP_STATE: return AppStateReply::answer(record.bytes()[RESULT_BYTE]);
         case MSG_PROPERTY: return PropertyRequests(context).handle(record);

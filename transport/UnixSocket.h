@@ -23,9 +23,16 @@ bool bindAndListen(int fd, const std::string& path, std::size_t length);
 // Accepts one connection (close-on-exec), retrying on EINTR. -1 on failure.
 int acceptClient(int listenFd);
 
+// How long a server waits for a client that takes none of the bytes it is
+// sent before treating it as gone: a stuck application must never hold a
+// server's or a host's thread for longer.
+constexpr int STALL_LIMIT_MS = 5000;
+
 // Sends all bytes with MSG_NOSIGNAL (never SIGPIPE), continuing after partial
-// sends and EINTR. Returns the number sent; below `length`, errno says why.
-std::size_t sendAll(int fd, const void* data, std::size_t length);
+// sends and EINTR. With `stallLimitMs` at 0 or more it gives up when no byte
+// has gone for that long (errno EAGAIN); below 0 it waits as long as it takes.
+// Returns the number sent; below `length`, errno says why.
+std::size_t sendAll(int fd, const void* data, std::size_t length, int stallLimitMs = -1);
 
 // Receives until `length` bytes have arrived, the peer closes, or an error.
 // Returns the number received; below `length`, errno says why (0 on close).
