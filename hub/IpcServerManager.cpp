@@ -134,6 +134,10 @@ void IpcServerManager::addIpcDemuxServerListener(IpcDemuxServerListener* listene
     demuxServer_->setListener(listener);
 }
 
+void IpcServerManager::setDemuxConnectionListener(ConnectionListener* listener) {
+    demuxServer_->setConnectionListener(listener);
+}
+
 void IpcServerManager::clientConnected() {
     FanOut<ConnectionListener>(listenerLock, connectionListeners_).all([](ConnectionListener& listener) {
         listener.clientConnected();

@@ -53,6 +53,11 @@ public:
     void removeConnectionListener(ConnectionListener* listener);
     // Hands the listener straight to the demux server; no lock, no copy.
     void addIpcDemuxServerListener(IpcDemuxServerListener* listener);
+    // Hands the listener to the demux server, which tells it when a section
+    // client connects and when it has gone, even while a section read is in
+    // progress (IpcDemuxServer::setConnectionListener). A host whose reads
+    // wait ends them then. Null: nobody, and nothing is watched.
+    void setDemuxConnectionListener(ConnectionListener* listener);
 
     // IpcListener: the dispatcher and connection events (control server thread).
     void update(message& record) override;
