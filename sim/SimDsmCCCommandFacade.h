@@ -17,8 +17,8 @@ class SimDsmCCCommandFacade final : public middlewarefacade::DsmCCCommandFacade 
 public:
     SimDsmCCCommandFacade(EventGate& gate, RequestLog& log) : gate_(gate), log_(log) {}
 
-    // Sends the command to every listener of `eventName`; false when none listens.
-    bool deliver(const std::string& eventName, const ipcutil::DsmCCCommand_t& command);
+    // Sends the command to every listener of `eventName`.
+    Delivery deliver(const std::string& eventName, const ipcutil::DsmCCCommand_t& command);
 
     void addCommandListener(std::string eventName, middlewarefacade::DsmCCCommandListener* listener) override;
     void removeCommandListener(std::string eventName, middlewarefacade::DsmCCCommandListener* listener) override;

@@ -100,7 +100,11 @@ int SimHost::run(const SimOptions& options) {
         return badInput("cannot read the transport stream " + stream + ": " + streamError);
     Simulator::install(&simulator);
     MiddlewareIpc* adapter = MiddlewareIpc::getInstance();
-    IpcServerManager::getInstance()->addConnectionListener(&simulator);
+    IpcServerManager* hub = IpcServerManager::getInstance();
+    hub->addConnectionListener(&simulator);
+    hub->setDemuxConnectionListener(&simulator.demux());  // a read waits no longer than its client stays
+    // The adapter's listener operations return nothing: the hub's count says what went out.
+    simulator.countSentWith([hub] { return hub->eventsSent(); });
     std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/ipc.socket and "
               << IpcServerManager::socketDirectory() << "/ipcdemux.socket from the " << source
               << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;

@@ -93,7 +93,7 @@ void Simulator::startTimeline() {
     }
     for (const auto& change : scenario_.graphics) {
         scheduler_.after(std::chrono::duration<double>(change.at), [this, generation, change] {
-            if (timeline_ == generation && !video_.changeGraphics(change.first, change.second))
+            if (timeline_ == generation && video_.changeGraphics(change.first, change.second) == Delivery::NoListener)
                 log_.note("graphics change dropped: no graphics listener");
         });
     }
@@ -102,7 +102,7 @@ void Simulator::startTimeline() {
 void Simulator::streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due) {
     if (timeline_ != generation) return;
     const StreamEvent& event = scenario_.streamEvents[index];
-    if (!dsmcc_.deliver(event.name, event.command)) log_.note("stream event \"" + event.name + "\" dropped: no listener");
+    if (dsmcc_.deliver(event.name, event.command) == Delivery::NoListener) log_.note("stream event \"" + event.name + "\" dropped: no listener");
     if (event.every) {
         // From the due time, not from now, so that a repeating event keeps its period.
         const auto next = due + std::chrono::duration_cast<Scheduler::Clock::duration>(std::chrono::duration<double>(*event.every));
