@@ -169,6 +169,10 @@ void TsReader::run() {
             if (datagrams_) continue;
             break;
         }
+        if (n == 0 && datagrams_) {  // an empty datagram, not the end: anyone may send one
+            input_.countReadError("empty datagram ignored");
+            continue;
+        }
         if (n == 0) {
             if (!loops_ || bytesThisPass == 0 || ::lseek(fd_, 0, SEEK_SET) != 0) break;
             bytesThisPass = 0;
