@@ -60,6 +60,27 @@ TEST(Reader, FileIsPacedByPcrOrReadAsFastAsPossible) {
     EXPECT_FALSE(paced.si().getServices().empty());
 }
 
+TEST(Reader, AFileWithOnePcrOrATinyFileIsStillPaced) {
+    const Bytes ts = readFile(dataFile("broadcast.ts"));
+    Bytes onePcr(ts.begin(), ts.begin() + 300 * 188);
+    int pcrs = 0;
+    for (size_t at = 0; at < onePcr.size(); at += 188) {
+        uint8_t* p = &onePcr[at];
+        if (ts_has_adaptation(p) && ts_get_adaptation(p) >= 7 && tsaf_has_pcr(p) && pcrs++ > 0) p[5] &= ~0x10;
+    }
+    for (const auto& [bytes, pace] : {std::pair{onePcr, Pace::Pcr}, std::pair{Bytes{0x47}, Pace::None}}) {
+        const std::string path = writeTemp(bytes);
+        Broadcast broadcast;
+        std::string error;
+        ASSERT_TRUE(broadcast.open(path, pace, error)) << error;
+        std::this_thread::sleep_for(1000ms);
+        const InputCounters c = broadcast.input().counters();
+        EXPECT_LT(c.bytes, 250'000u) << "1 Mbit/s without a PCR interval";
+        EXPECT_LT(c.loops, 200u);
+        unlink(path.c_str());
+    }
+}
+
 TEST(Reader, UdpOnLoopbackYieldsTheSameServices) {
     Broadcast broadcast;
     std::string error;
