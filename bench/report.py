@@ -81,7 +81,9 @@ class Table:
 def fmt(value, unit):
     if value is None:
         return "n/a"
-    if abs(value) >= 1e6:
+    if abs(value) >= 1e9:
+        text = f"{value / 1e9:.2f} G"
+    elif abs(value) >= 1e6:
         text = f"{value / 1e6:.2f} M"
     elif abs(value) >= 1e4:
         text = f"{value / 1e3:.1f} k"
@@ -105,6 +107,11 @@ def named(results, prefix):
     return next((name for name in results if name.startswith(prefix)), None)
 
 
+def argument(name, prefix):
+    """The case's argument: the number right after `prefix`."""
+    return int(name[len(prefix):].split("/")[0])
+
+
 def build_table(results):
     t = Table(results)
     raw = "call/raw"
@@ -123,10 +130,11 @@ def build_table(results):
                     if t.get(f"list/{kind}/bridge/{n}", "time") is not None]
         spread = max(per_item) / min(per_item) if per_item else None
         t.add(f"list of {label}, 10 to 10 000", "time per item, max/min", spread, None, (1.2, "<="))
-    t.add("events, 4 host threads", "events/s", t.get("events/bridge", "items_per_second"),
-          t.get("events/raw", "items_per_second"), (0.5, ">="), unit="/s")
-    t.add("events, 4 host threads", "CPU per event", t.get("events/bridge", "cpu_us_per_event"),
-          t.get("events/raw", "cpu_us_per_event"), None, unit="µs")
+    bridge, raw = named(results, "events/bridge/"), named(results, "events/raw/")
+    t.add("events, 4 host threads", "events/s", t.get(bridge, "items_per_second"),
+          t.get(raw, "items_per_second"), (0.5, ">="), unit="/s")
+    t.add("events, 4 host threads", "CPU per event", t.get(bridge, "cpu_us_per_event"),
+          t.get(raw, "cpu_us_per_event"), None, unit="µs")
     for n in (188, 1024, 4096):
         b, r = f"section/bridge/{n}", f"section/raw/{n}"
         t.add(f"section of {n} B", "time per section", t.get(b, "time"), t.get(r, "time"),
@@ -134,7 +142,7 @@ def build_table(results):
         t.add(f"section of {n} B", "p99", t.get(b, "p99_us"), t.get(r, "p99_us"), None, unit="µs")
     sim = named(results, "sim/services/")
     if sim:
-        count = int(sim.rsplit("/", 1)[1])
+        count = argument(sim, "sim/services/")
         raw_rate = t.get("list/services/raw/10000", "bytes_per_second")
         raw_ms = (count + 1) * 1960 / raw_rate * 1e3 if raw_rate else None
         t.add(f"simulator: {count} services", "first byte", t.get(sim, "first_byte_ms"), raw_ms, None, unit="ms")
@@ -147,7 +155,7 @@ def build_table(results):
           t.get(named(results, "sim/ts_input/raw/"), "packets_per_second"), (0.5, ">="), unit="/s")
     memory = named(results, "memory/requests/")
     if memory:
-        count = int(memory.rsplit("/", 1)[1])
+        count = argument(memory, "memory/requests/")
         t.add(f"bridge process, {count} requests", "resident set growth", t.get(memory, "rss_growth_kib"), None,
               (1024, "<="), unit="KiB")
     return t

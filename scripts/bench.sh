@@ -16,6 +16,7 @@ build/bench/bench/tessarine_bench \
   --benchmark_min_time="${BENCH_MIN_TIME:-0.5}" \
   --benchmark_report_aggregates_only=true \
   --benchmark_out="$json" --benchmark_out_format=json
-python3 bench/report.py "$json" docs/PERFORMANCE.md docs/performance-lists.png
+# Debian's interpreter, which has python3-matplotlib.
+/usr/bin/python3 bench/report.py "$json" docs/PERFORMANCE.md docs/performance-lists.png
 cp "$json" docs/performance.json
 echo "wrote docs/PERFORMANCE.md, docs/performance-lists.png and docs/performance.json"
