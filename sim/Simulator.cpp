@@ -25,7 +25,7 @@ Simulator::Simulator(const Scenario& scenario, RequestLog& log)
       carousel_(scenario.carousels, scheduler_, gate_, log),
       demux_(std::make_unique<ScenarioSections>(scenario.sections), log),
       tuner_(scenario.tuner, log),
-      dsmcc_(gate_, log),
+      dsmcc_(gate_),
       version_(scenario.versionFlags, log) {}
 
 Simulator::~Simulator() { quiesce(); }
