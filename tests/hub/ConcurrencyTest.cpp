@@ -170,7 +170,9 @@ TEST_F(HubAttackTest, AttackRandomInputAndConnectionCyclesLeaveTheBridgeServingA
     const auto [fdsAfter, threadsAfter, residentAfter] = cycle();
     EXPECT_EQ(fdsAfter, fds);
     EXPECT_EQ(threadsAfter, threads);
-    EXPECT_LT(residentAfter, resident + (8 << 20));
+#ifndef TESSARINE_SANITIZED  // a sanitizer holds freed memory back; LeakSanitizer looks for leaks there
+    EXPECT_LT(residentAfter, resident + (2 << 20)) << "500 cycles grew the resident set";
+#endif
     EXPECT_GT(filter.calls.size(), 0u);
     EXPECT_GE(demuxClients.disconnected.load(), 506) << "told of every client's end (the last one's may be on its way)";
     EXPECT_LE(demuxClients.connected.load() - demuxClients.disconnected.load(), 1);

@@ -212,7 +212,8 @@ TEST_F(SimulatorTest, NothingReachesTheBridgeWithoutAClientOrAfterQuiesce) {
 }
 
 TEST_F(SimulatorTest, OnlyNoticesTheBridgeGotOutAreCountedAndReportedAsSent) {
-    Simulator sim(scenarioFrom("{}"), log);
+    const Scenario scenario = scenarioFrom("{}");
+    Simulator sim(scenario, log);
     sim.clientConnected();
     sim.dsmcc().addCommandListener("nclEditingCommand", &bridge);
     std::ostringstream out;
