@@ -168,7 +168,8 @@ bool IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
     std::memcpy(out.data(), &length, sizeof length);
     if (!section.empty()) std::memcpy(out.data() + sizeof length, section.data(), section.size());
 
-    const std::size_t sent = unix_socket::sendAll(socket_.client(), out.data(), out.size(), unix_socket::STALL_LIMIT_MS);
+    const std::size_t sent =
+        unix_socket::sendAll(socket_.client(), out.data(), out.size(), unix_socket::STALL_LIMIT_MS);
     if (sent == out.size()) return true;
     // One report, and the connection ends: the client's framing is lost, and
     // every further read would fail the same way.

@@ -110,7 +110,8 @@ void Simulator::startTimeline() {
 void Simulator::streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due) {
     if (timeline_ != generation) return;
     const StreamEvent& event = scenario_.streamEvents[index];
-    if (dsmcc_.deliver(event.name, event.command) == Delivery::NoListener) log_.note("stream event \"" + event.name + "\" dropped: no listener");
+    if (dsmcc_.deliver(event.name, event.command) == Delivery::NoListener)
+        log_.note("stream event \"" + event.name + "\" dropped: no listener");
     std::lock_guard<std::mutex> lock(timelineMutex_);  // no repeat queued after the client left
     if (event.every && timeline_ == generation) {
         // From the due time, not from now, so that a repeating event keeps its period.

@@ -136,16 +136,17 @@ TEST_F(HubAttackTest, AttackRandomInputAndConnectionCyclesLeaveTheBridgeServingA
     hub->setDemuxConnectionListener(&demuxClients);
 
     std::mt19937 random(2024);
-    Bytes records(2000 * MESSAGE_SIZE), words;
+    auto below = [&](int bound) { return static_cast<std::int32_t>(random() % bound) - 1; };  // -1 to bound - 2
+    Bytes records(2000 * MESSAGE_SIZE), words(20000 * 4);
     for (std::size_t at = 0; at < records.size(); at += MESSAGE_SIZE) {
         for (std::size_t i = 0; i < MESSAGE_SIZE; ++i) records[at + i] = static_cast<unsigned char>(random());
-        const std::int32_t type = static_cast<std::int32_t>(random() % 13) - 1, code = static_cast<std::int32_t>(random() % 20) - 1;
-        std::memcpy(&records[at], &type, 4);  // mostly known types and codes, to reach the handlers
+        const std::int32_t type = below(13), code = below(20);  // mostly known ones, to reach the handlers
+        std::memcpy(&records[at], &type, 4);
         std::memcpy(&records[at + 8], &code, 4);
     }
-    for (int i = 0; i < 20000; ++i) {  // small words are commands and string lengths, some too long
-        const std::int32_t word = random() % 4 ? static_cast<std::int32_t>(random() % 16) - 1 : static_cast<std::int32_t>(random());
-        words.insert(words.end(), reinterpret_cast<const unsigned char*>(&word), reinterpret_cast<const unsigned char*>(&word) + 4);
+    for (std::size_t at = 0; at < words.size(); at += 4) {  // mostly commands and string lengths, some too long
+        const std::int32_t word = random() % 4 ? below(16) : static_cast<std::int32_t>(random());
+        std::memcpy(&words[at], &word, 4);
     }
     ::testing::internal::CaptureStderr();  // unknown types are reported, one line each
     EXPECT_TRUE(sendAllAndDrain(*connect(), records));
