@@ -9,7 +9,7 @@ from __future__ import annotations
 import pytest
 
 from ._tessarine import Client
-from .simulator import Simulator
+from .simulator import Simulator, SimulatorError
 
 _SIMULATOR = pytest.StashKey[Simulator]()
 
@@ -49,6 +49,10 @@ def tessarine_sim(request):
         simulator.start()
         simulator.client = Client(socket_dir=simulator.socket_dir, timeout=timeout)
         simulator.client.connect()
+        # connect() returns once the kernel took the connection; events and
+        # application-state requests reach the client once the bridge has it.
+        if simulator.command("waitclient") != "client connected":
+            raise SimulatorError("the bridge did not see the client connect")
         yield simulator
     finally:
         if simulator.client is not None:

@@ -155,8 +155,11 @@ class Simulator:
         self.stop()
 
     def pause(self) -> None:
-        """Freezes the process (SIGSTOP), as a middleware that hangs: calls then time out."""
+        """Freezes the process (SIGSTOP), as a middleware that hangs: calls then time out.
+
+        Returns once every thread of it has stopped."""
         self._signal(signal.SIGSTOP)
+        os.waitpid(self.process.pid, os.WUNTRACED)
 
     def resume(self) -> None:
         self._signal(signal.SIGCONT)
