@@ -21,6 +21,8 @@ constexpr std::size_t DSMCC_TEXT_AREA = 1928;
 constexpr std::int32_t GRAPHICS_SETTINGS_EVENT = 17;
 constexpr std::int32_t DOWNLOAD_COMPLETE_EVENT = 2;
 constexpr std::int32_t END_OF_MEDIA_EVENT = 16;
+// About 33 records: a list or a run of events is read a buffer-full at a time.
+constexpr std::size_t READ_BUFFER = 64 * 1024;
 
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
 
@@ -70,7 +72,7 @@ std::shared_ptr<Connection> Connection::open(const ClientOptions& options, Conne
 }
 
 Connection::Connection(int fd, const ClientOptions& options, ConnectionSink& sink)
-    : fd_(fd), options_(options), sink_(sink) {}
+    : fd_(fd), input_(fd, READ_BUFFER), options_(options), sink_(sink) {}
 
 Connection::~Connection() {
     close();
@@ -113,7 +115,7 @@ void Connection::run() {
 }
 
 std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
-    switch (readExact(fd_, record.bytes(), MESSAGE_SIZE)) {
+    switch (input_.read(record.bytes(), MESSAGE_SIZE)) {
     case IoStatus::Ok:
         return std::nullopt;
     case IoStatus::Closed:
@@ -125,7 +127,8 @@ std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) 
     }
 }
 
-std::optional<Error> Connection::readBytes(std::size_t count, std::vector<std::uint8_t>& into) {
+template <typename Bytes>
+std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
     if (count > options_.maxTrailingBytes) {
         return malformed("trailing data of " + std::to_string(count) + " bytes exceeds the limit of " +
                          std::to_string(options_.maxTrailingBytes));
@@ -133,7 +136,7 @@ std::optional<Error> Connection::readBytes(std::size_t count, std::vector<std::u
     answerBytes_ += count;
     if (answerBytes_ > options_.maxTrailingBytes * 64) return malformed("the answer's trailing data exceeds its limit");
     into.resize(count);
-    if (count > 0 && readExact(fd_, into.data(), count) != IoStatus::Ok) {
+    if (count > 0 && input_.read(&into[0], count) != IoStatus::Ok) {
         return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
     }
     return std::nullopt;
@@ -154,12 +157,12 @@ std::optional<Error> Connection::readTrailing(Trailing kind, const message& reco
             }
             for (std::uint32_t s = 0; s < counts[3 + i]; ++s) {
                 std::uint32_t length = 0;
-                if (readExact(fd_, &length, sizeof length) != IoStatus::Ok) {
+                if (input_.read(&length, sizeof length) != IoStatus::Ok) {
                     return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
                 }
-                std::vector<std::uint8_t> bytes;
-                if (auto fault = readBytes(length, bytes)) return fault;
-                data.strings[i].emplace_back(bytes.begin(), bytes.end());
+                std::string text;
+                if (auto fault = readBytes(length, text)) return fault;
+                data.strings[i].push_back(std::move(text));
             }
         }
     } else {

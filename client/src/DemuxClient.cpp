@@ -10,6 +10,7 @@
 
 #include "CallGate.h"
 #include "Socket.h"
+#include "StreamReader.h"
 
 namespace tessarine {
 namespace client {
@@ -26,15 +27,17 @@ enum : std::int32_t {
 constexpr std::size_t MAX_FILTER_LENGTH = 4096;
 
 void appendWord(std::vector<std::uint8_t>& out, std::int32_t word) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&word);
-    out.insert(out.end(), bytes, bytes + sizeof word);
+    const std::size_t at = out.size();
+    out.resize(at + sizeof word);
+    std::memcpy(out.data() + at, &word, sizeof word);
 }
 
 }  // namespace
 
 class DemuxClient::Impl {
 public:
-    explicit Impl(DemuxOptions o) : options(std::move(o)) {}
+    // A section arrives with its length in one read.
+    explicit Impl(DemuxOptions o) : options(std::move(o)), input_(-1, sizeof(std::int32_t) + options.maxSectionLength) {}
     ~Impl() { closeSocket(); }
 
     const DemuxOptions options;
@@ -63,14 +66,14 @@ public:
         if (!answer) return Bytes{};
 
         std::int32_t length = 0;
-        const IoStatus status = detail::readExact(fd_, &length, sizeof length, deadline);
+        const IoStatus status = input_.read(&length, sizeof length, deadline);
         if (status != IoStatus::Ok) return fail(status, "reading a section's length");
         if (length < 0 || static_cast<std::size_t>(length) > options.maxSectionLength) {
             closeSocket();
             return Error(ErrorCode::MalformedAnswer, "section length " + std::to_string(length) + " is out of range");
         }
         Bytes section(static_cast<std::size_t>(length));
-        const IoStatus body = detail::readExact(fd_, section.data(), section.size(), deadline);
+        const IoStatus body = input_.read(section.data(), section.size(), deadline);
         if (body != IoStatus::Ok) return fail(body, "reading a section");
         return section;
     }
@@ -91,6 +94,7 @@ private:
         if (fd_ >= 0 && !peerGone()) return std::nullopt;
         closeSocket();
         fd_ = detail::connectUnix(options.socketPath, deadline);
+        input_.reset(fd_);
         if (fd_ < 0) {
             const int cause = errno;
             return Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
@@ -113,6 +117,7 @@ private:
 
     detail::CallGate calls_;
     int fd_ = -1;
+    detail::StreamReader input_;
 };
 
 namespace {
