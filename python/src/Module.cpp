@@ -89,11 +89,14 @@ auto eventCallback() {
     };
 }
 
-// The Rectangle-taking calls take its four fields.
-template <typename Call>
-py::object withRectangle(ClientBinding& self, std::optional<double> timeout, Call call) {
-    const client::Timeout limit = toTimeout(timeout);
-    return callReleased(self.guarded(), [&](ControlClient& client) { return call(client, limit); });
+// The Rectangle-taking calls take its four fields instead.
+template <typename R>
+auto withRectangle(client::Result<R> (ControlClient::*method)(const client::Rectangle&, client::Timeout)) {
+    return [method](ClientBinding& self, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h,
+                    std::optional<double> timeout) {
+        const client::Timeout limit = toTimeout(timeout);
+        return callReleased(self.guarded(), [&](ControlClient& c) { return (c.*method)({x, y, w, h}, limit); });
+    };
 }
 
 void defineClient(py::module_& m) {
@@ -121,15 +124,8 @@ void defineClient(py::module_& m) {
         .def("on_disconnected", eventCallback<ConnectionEnded>(), "callback"_a)
         // Version, video and graphics
         .def("check_version", bindMethod<ClientBinding>(&ControlClient::checkVersion), "flag"_a, kw, timeout)
-        .def(
-            "set_video_bounds",
-            [](ClientBinding& self, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h,
-               std::optional<double> limit) {
-                return withRectangle(self, limit, [&](ControlClient& c, client::Timeout t) {
-                    return c.setVideoBounds({x, y, w, h}, t);
-                });
-            },
-            "x"_a, "y"_a, "width"_a, "height"_a, kw, timeout)
+        .def("set_video_bounds", withRectangle(&ControlClient::setVideoBounds), "x"_a, "y"_a, "width"_a, "height"_a, kw,
+             timeout)
         .def("video_bounds", bindMethod<ClientBinding>(&ControlClient::videoBounds), kw, timeout)
         .def("reset_video", bindMethod<ClientBinding>(&ControlClient::resetVideo), kw, timeout)
         .def("video_language", bindMethod<ClientBinding>(&ControlClient::videoLanguage), "which"_a, kw, timeout)
@@ -139,15 +135,8 @@ void defineClient(py::module_& m) {
              timeout)
         .def("video_rate", bindMethod<ClientBinding>(&ControlClient::videoRate), "which"_a, kw, timeout)
         .def("apply_graphics_settings", bindMethod<ClientBinding>(&ControlClient::applyGraphicsSettings), kw, timeout)
-        .def(
-            "update_graphics_region",
-            [](ClientBinding& self, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h,
-               std::optional<double> limit) {
-                return withRectangle(self, limit, [&](ControlClient& c, client::Timeout t) {
-                    return c.updateGraphicsRegion({x, y, w, h}, t);
-                });
-            },
-            "x"_a, "y"_a, "width"_a, "height"_a, kw, timeout)
+        .def("update_graphics_region", withRectangle(&ControlClient::updateGraphicsRegion), "x"_a, "y"_a, "width"_a,
+             "height"_a, kw, timeout)
         // System properties
         .def("system_property", bindMethod<ClientBinding>(&ControlClient::systemProperty), "name"_a, kw, timeout)
         .def("system_properties", bindMethod<ClientBinding>(&ControlClient::systemProperties), kw, timeout)
@@ -184,9 +173,9 @@ void defineClient(py::module_& m) {
             "set_media_bounds",
             [](ClientBinding& self, std::int32_t handle, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h,
                std::optional<double> limit) {
-                return withRectangle(self, limit, [&](ControlClient& c, client::Timeout t) {
-                    return c.setMediaBounds(handle, {x, y, w, h}, t);
-                });
+                const client::Timeout t = toTimeout(limit);
+                return callReleased(self.guarded(),
+                                    [&](ControlClient& c) { return c.setMediaBounds(handle, {x, y, w, h}, t); });
             },
             "handle"_a, "x"_a, "y"_a, "width"_a, "height"_a, kw, timeout)
         .def("media_bounds", bindMethod<ClientBinding>(&ControlClient::mediaBounds), "handle"_a, kw, timeout)
