@@ -10,7 +10,7 @@ namespace sim {
 std::string SimCarouselFacade::mount(std::string name) {
     auto carousel = std::find_if(carousels_.begin(), carousels_.end(), [&](const auto& c) { return c.name == name; });
     if (carousel == carousels_.end()) {
-        log_.request(Family::Carousel, 0, "mount " + quoted(name) + " -> unknown carousel");
+        log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> unknown carousel");
         return {};
     }
     unsigned generation;
@@ -22,7 +22,7 @@ std::string SimCarouselFacade::mount(std::string name) {
     for (const auto& download : carousel->downloads)
         scheduler_.after(std::chrono::duration<double>(download.after),
                          [this, name, generation, download] { this->download(name, generation, download); });
-    log_.request(Family::Carousel, 0, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
+    log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
     return carousel->mountAnswer;
 }
 
@@ -31,7 +31,7 @@ void SimCarouselFacade::umount(std::string name) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (mounted_.erase(name) > 0) ++generations_[name];
     }
-    log_.request(Family::Carousel, 1, "unmount " + quoted(name));
+    log_.request(Family::Carousel, CAROUSEL_UMOUNT, "unmount " + quoted(name));
 }
 
 void SimCarouselFacade::addCarouselListener(middlewarefacade::CarouselListener* listener) {
@@ -39,7 +39,7 @@ void SimCarouselFacade::addCarouselListener(middlewarefacade::CarouselListener* 
         std::lock_guard<std::mutex> lock(mutex_);
         listeners_.insert(listener);
     }
-    log_.request(Family::Carousel, 3, "add listener");
+    log_.request(Family::Carousel, CAROUSEL_ADD_LISTENER, "add listener");
 }
 
 void SimCarouselFacade::removeCarouselListener(middlewarefacade::CarouselListener* listener) {
@@ -47,7 +47,7 @@ void SimCarouselFacade::removeCarouselListener(middlewarefacade::CarouselListene
         std::lock_guard<std::mutex> lock(mutex_);
         listeners_.erase(listener);
     }
-    log_.request(Family::Carousel, 4, "remove listener");
+    log_.request(Family::Carousel, CAROUSEL_REMOVE_LISTENER, "remove listener");
 }
 
 void SimCarouselFacade::download(const std::string& name, unsigned generation,
@@ -74,7 +74,7 @@ bool SimCarouselFacade::notifyDownload(const std::string& first, const std::stri
             else
                 listener->downloadComplete(first, second);
         }
-        log_.event(Family::Carousel, 2, "download complete " + quoted(first) + " " + quoted(second));
+        log_.event(Family::Carousel, CAROUSEL_DOWNLOAD_COMPLETE, "download complete " + quoted(first) + " " + quoted(second));
     });
 }
 

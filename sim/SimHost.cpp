@@ -101,8 +101,8 @@ int SimHost::run(const SimOptions& options) {
     Simulator::install(&simulator);
     MiddlewareIpc* adapter = MiddlewareIpc::getInstance();
     IpcServerManager::getInstance()->addConnectionListener(&simulator);
-    std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/ipc.socket and "
-              << IpcServerManager::socketDirectory() << "/ipcdemux.socket from the " << source
+    std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/" << CONTROL_SOCKET_NAME << " and "
+              << IpcServerManager::socketDirectory() << "/" << DEMUX_SOCKET_NAME << " from the " << source
               << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;
 
     std::atomic<bool> stop{false};

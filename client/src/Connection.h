@@ -73,7 +73,7 @@ private:
     std::optional<Error> handleListHeader(const message& header, std::optional<message>& next);
     std::optional<Error> readList(const Expectation& expected, std::uint64_t token, const message& header,
                                   const message& first);
-    std::optional<Error> readTrailing(Trailing kind, const message& record, Answer& answer);
+    std::optional<Error> readTrailing(const Expectation& expected, const message& record, Answer& answer);
     std::optional<Error> readBytes(std::size_t count, std::vector<std::uint8_t>& into);
     std::optional<Error> readRecord(message& record, bool insideAnswer);
     void handleDsmcc(const message& record);

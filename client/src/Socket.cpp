@@ -10,6 +10,8 @@
 #include <cstring>
 #include <thread>
 
+#include "tessarine/protocol/Limits.h"
+
 namespace tessarine {
 namespace client {
 namespace detail {
@@ -22,7 +24,7 @@ int millisecondsUntil(Clock::time_point deadline) {
 
 int connectUnix(const std::string& path, Clock::time_point deadline) {
     sockaddr_un address{};
-    if (path.size() >= sizeof address.sun_path) {
+    if (path.size() > MAX_SOCKET_PATH_LENGTH) {
         errno = ENAMETOOLONG;
         return -1;
     }

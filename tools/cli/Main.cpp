@@ -3,13 +3,14 @@
 #include <iostream>
 
 #include "Context.h"
+#include "tessarine/protocol/Sockets.h"
 
 namespace cli {
 
 tessarine::client::ControlClient& Context::control() {
     if (!control_) {
         tessarine::client::ClientOptions options;
-        if (!socketDir.empty()) options.socketPath = socketDir + "/ipc.socket";
+        if (!socketDir.empty()) options.socketPath = socketDir + "/" + tessarine::CONTROL_SOCKET_NAME;
         if (!socket.empty()) options.socketPath = socket;
         options.timeout = std::chrono::milliseconds(timeoutMs);
         control_ = std::make_unique<tessarine::client::ControlClient>(options);
@@ -20,7 +21,7 @@ tessarine::client::ControlClient& Context::control() {
 tessarine::client::DemuxClient& Context::demux() {
     if (!demux_) {
         tessarine::client::DemuxOptions options;
-        if (!socketDir.empty()) options.socketPath = socketDir + "/ipcdemux.socket";
+        if (!socketDir.empty()) options.socketPath = socketDir + "/" + tessarine::DEMUX_SOCKET_NAME;
         options.timeout = std::chrono::milliseconds(timeoutMs);
         demux_ = std::make_unique<tessarine::client::DemuxClient>(options);
     }
@@ -45,6 +46,7 @@ void addSwitch(CLI::App& command, bool& value) {
 
 }  // namespace cli
 
+
 int main(int argc, char** argv) {
     cli::Context context;
     CLI::App app{"Talk to a running tessarine bridge.", "tessarine-cli"};
@@ -52,8 +54,8 @@ int main(int argc, char** argv) {
         "Exit codes: 0 success, 2 usage or an argument the wire cannot carry, 3 not connected,\n"
         "4 timed out, 5 protocol error (connection lost or malformed answer).");
     app.require_subcommand(1);
-    app.add_option("--socket", context.socket, "control socket path (default /dev/shm/ipc.socket)");
-    app.add_option("--socket-dir", context.socketDir, "directory holding ipc.socket and ipcdemux.socket");
+    app.add_option("--socket", context.socket, std::string("control socket path (default ") + tessarine::CONTROL_SOCKET_PATH + ")");
+    app.add_option("--socket-dir", context.socketDir, std::string("directory holding ") + tessarine::CONTROL_SOCKET_NAME + " and " + tessarine::DEMUX_SOCKET_NAME);
     app.add_option("--timeout", context.timeoutMs, "time limit of each call in milliseconds")
         ->check(CLI::PositiveNumber);
     app.add_flag("--json", context.json, "print one JSON document per answer (one line per event in watch)");
