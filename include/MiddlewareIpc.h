@@ -22,7 +22,10 @@
 #include "tessarine/Export.h"
 #include "tessarine/IpcDemuxServerListener.h"
 #include "tessarine/IpcServerListener.h"
-#include "tessarine/IpcServerManager.h"
+
+namespace tessarine {
+class IpcServerManager;
+}
 
 // The one class through which the host middleware uses the bridge. Its
 // single instance brings up both sockets and serves the application from
