@@ -35,37 +35,34 @@ bool isItemOf(const Expectation& expected, const message& record, std::int32_t c
 
 std::shared_ptr<Connection> Connection::open(const ClientOptions& options, ConnectionSink& sink,
                                              Clock::time_point deadline, std::optional<Error>& error) {
-    const int fd = connectUnix(options.socketPath, deadline);
-    if (fd < 0) {
+    FileDescriptor fd = connectUnix(options.socketPath, deadline);
+    if (!fd.valid()) {
         const int cause = errno;
         error = Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
                       "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
         return nullptr;
     }
-    std::shared_ptr<Connection> connection(new Connection(fd, options, sink));
+    std::shared_ptr<Connection> connection(new Connection(std::move(fd), options, sink));
     // Started only now, so that the reader can hand out weak references.
     connection->reader_ = std::thread([raw = connection.get()] { raw->run(); });
     return connection;
 }
 
-Connection::Connection(int fd, const ClientOptions& options, ConnectionSink& sink)
-    : fd_(fd), options_(options), sink_(sink) {}
+Connection::Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink)
+    : fd_(std::move(fd)), options_(options), sink_(sink) {}
 
-Connection::~Connection() {
-    close();
-    ::close(fd_);
-}
+Connection::~Connection() { close(); }
 
 void Connection::close() {
     closing_ = true;
-    ::shutdown(fd_, SHUT_RDWR);
+    ::shutdown(fd_.get(), SHUT_RDWR);
     if (reader_.joinable() && reader_.get_id() != std::this_thread::get_id()) reader_.join();
 }
 
 IoStatus Connection::send(const message& record, Clock::time_point deadline) {
     std::lock_guard<std::mutex> lock(sendMutex_);
     if (!alive_) return IoStatus::Closed;
-    return writeAll(fd_, record.bytes(), MESSAGE_SIZE, deadline);
+    return writeAll(fd_.get(), record.bytes(), MESSAGE_SIZE, deadline);
 }
 
 void Connection::run() {
@@ -87,12 +84,12 @@ void Connection::run() {
     }
     // A fault leaves the framing unknown: nothing more can be read.
     alive_ = false;
-    ::shutdown(fd_, SHUT_RDWR);
+    ::shutdown(fd_.get(), SHUT_RDWR);
     sink_.connectionEnded(reason, closing_.load());
 }
 
 std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
-    switch (readExact(fd_, record.bytes(), MESSAGE_SIZE)) {
+    switch (readExact(fd_.get(), record.bytes(), MESSAGE_SIZE)) {
     case IoStatus::Ok:
         return std::nullopt;
     case IoStatus::Closed:
@@ -114,7 +111,7 @@ std::optional<Error> Connection::readBytes(std::size_t count, std::vector<std::u
         return malformed("the answer's trailing data exceeds its limit");
     }
     into.resize(count);
-    if (count > 0 && readExact(fd_, into.data(), count) != IoStatus::Ok) {
+    if (count > 0 && readExact(fd_.get(), into.data(), count) != IoStatus::Ok) {
         return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
     }
     return std::nullopt;
@@ -137,7 +134,7 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
         data.strings.emplace_back();
         for (std::uint32_t s = 0; s < count; ++s) {
             std::uint32_t length = 0;
-            if (readExact(fd_, &length, sizeof length) != IoStatus::Ok) {
+            if (readExact(fd_.get(), &length, sizeof length) != IoStatus::Ok) {
                 return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
             }
             std::vector<std::uint8_t> bytes;

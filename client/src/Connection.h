@@ -14,6 +14,7 @@
 #include "Socket.h"
 #include "tessarine/client/Error.h"
 #include "tessarine/client/Events.h"
+#include "tessarine/FileDescriptor.h"
 #include "tessarine/client/Options.h"
 #include "tessarine/message.h"
 
@@ -65,7 +66,7 @@ public:
     void close();
 
 private:
-    Connection(int fd, const ClientOptions& options, ConnectionSink& sink);
+    Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink);
 
     void run();
     // Each returns the fault that ends the connection, if any.
@@ -79,7 +80,7 @@ private:
     void handleDsmcc(const message& record);
     void startDsmcc(std::int32_t count);
 
-    int fd_;
+    FileDescriptor fd_;
     ClientOptions options_;
     ConnectionSink& sink_;
     std::mutex sendMutex_;

@@ -54,19 +54,19 @@ public:
         detail::CallGate::Pass pass(calls_, deadline);
         if (!pass.granted()) return busy();
         if (auto error = ensureConnected(deadline)) return *error;
-        const IoStatus sent = detail::writeAll(fd_, bytes.data(), bytes.size(), deadline);
+        const IoStatus sent = detail::writeAll(fd_.get(), bytes.data(), bytes.size(), deadline);
         if (sent != IoStatus::Ok) return fail(sent, "sending a command");
         if (!answer) return Bytes{};
 
         std::int32_t length = 0;
-        const IoStatus status = detail::readExact(fd_, &length, sizeof length, deadline);
+        const IoStatus status = detail::readExact(fd_.get(), &length, sizeof length, deadline);
         if (status != IoStatus::Ok) return fail(status, "reading a section's length");
         if (length < 0 || static_cast<std::size_t>(length) > options.maxSectionLength) {
             closeSocket();
             return Error(ErrorCode::MalformedAnswer, "section length " + std::to_string(length) + " is out of range");
         }
         Bytes section(static_cast<std::size_t>(length));
-        const IoStatus body = detail::readExact(fd_, section.data(), section.size(), deadline);
+        const IoStatus body = detail::readExact(fd_.get(), section.data(), section.size(), deadline);
         if (body != IoStatus::Ok) return fail(body, "reading a section");
         return section;
     }
@@ -79,15 +79,15 @@ private:
     // The bridge never speaks unasked: a readable socket between calls
     // means that it closed the connection.
     bool peerGone() const {
-        pollfd p{fd_, POLLIN, 0};
+        pollfd p{fd_.get(), POLLIN, 0};
         return ::poll(&p, 1, 0) != 0;
     }
 
     std::optional<Error> ensureConnected(Clock::time_point deadline) {
-        if (fd_ >= 0 && !peerGone()) return std::nullopt;
+        if (fd_.valid() && !peerGone()) return std::nullopt;
         closeSocket();
         fd_ = detail::connectUnix(options.socketPath, deadline);
-        if (fd_ < 0) {
+        if (!fd_.valid()) {
             const int cause = errno;
             return Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
                          "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
@@ -102,13 +102,10 @@ private:
         return Error(ErrorCode::ConnectionLost, std::string("connection lost ") + during);
     }
 
-    void closeSocket() {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = -1;
-    }
+    void closeSocket() { fd_.reset(); }
 
     detail::CallGate calls_;
-    int fd_ = -1;
+    FileDescriptor fd_;
 };
 
 namespace {
