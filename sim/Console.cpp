@@ -170,7 +170,7 @@ void Console::help() {
             "dsmcc CODE VALUE BYTE TEXT  send a \"nclEditingCommand\" stream event (TEXT is the rest of the line)\n"
             "download FIRST [SECOND]     send a carousel download notice\n"
             "eom HANDLE                  end the medium of a player now\n"
-            "status                      client, requests per family, events sent, players, stream counters\n"
+            "status                      client, requests per family, events sent and scheduled, players, stream counters\n"
             "sleep SECONDS               wait (in scripts)\n"
             "waitclient [SECONDS]        wait until a client is connected (default 10 s)\n"
             "help                        this list\n"

@@ -6,6 +6,7 @@
 #include <functional>
 #include <initializer_list>
 #include <limits>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 
@@ -17,6 +18,14 @@ namespace {
 // ordered_json keeps the file's key order, so problems come out in the
 // order in which a reader meets them.
 using Json = nlohmann::ordered_json;
+
+// Deeper documents are refused while parsing: everything after the parser
+// (reports, copies) recurses per level. A scenario needs fewer than ten.
+constexpr int MAX_DEPTH = 64;
+// Timeline times end within a month, so every one converts to the clock's
+// nanoseconds exactly; a repeat period under a millisecond would flood the client.
+constexpr double MAX_SECONDS = 30 * 24 * 3600;
+constexpr double MIN_PERIOD = 0.001;
 
 std::string describe(const Json& value) {
     std::string text = value.dump();
@@ -99,9 +108,12 @@ public:
                                         std::numeric_limits<std::int32_t>::max(), "a 32-bit integer"));
     }
 
-    double seconds(const Json& value, const std::string& path, bool positive) {
-        if (!value.is_number() || value.get<double>() < 0 || (positive && value.get<double>() <= 0)) {
-            problem(path, positive ? "a number of seconds above 0" : "a number of seconds, 0 or more", describe(value));
+    // A time of the timeline from `low` to MAX_SECONDS.
+    double seconds(const Json& value, const std::string& path, double low) {
+        if (!value.is_number() || !(value.get<double>() >= low && value.get<double>() <= MAX_SECONDS)) {
+            std::ostringstream expected;
+            expected << "a number of seconds from " << low << " to " << static_cast<long>(MAX_SECONDS) << " (30 days)";
+            problem(path, expected.str(), describe(value));
             return 0;
         }
         return value.get<double>();
@@ -272,7 +284,7 @@ void readCarousels(Reader& r, const Json& value, const std::string& path, std::v
             r.array(v, p, [&](const Json& d, const std::string& dp) {
                 CarouselSettings::Download download;
                 if (!r.object(d, dp, {"after", "first", "second"})) return;
-                r.member(d, dp, "after", true, [&](const Json& x, const std::string& xp) { download.after = r.seconds(x, xp, false); });
+                r.member(d, dp, "after", true, [&](const Json& x, const std::string& xp) { download.after = r.seconds(x, xp, 0); });
                 r.member(d, dp, "first", true, [&](const Json& x, const std::string& xp) { download.first = r.string(x, xp); });
                 r.stringFields(d, dp, {{"second", &download.second}});
                 carousel.downloads.push_back(download);
@@ -442,8 +454,8 @@ void readTimeline(Reader& r, const Json& root, Scenario& scenario) {
         r.array(v, p, [&](const Json& e, const std::string& ep) {
             StreamEvent event;
             if (!r.object(e, ep, {"at", "every", "name", "code", "value", "byte", "text"})) return;
-            r.member(e, ep, "at", true, [&](const Json& x, const std::string& xp) { event.at = r.seconds(x, xp, false); });
-            r.member(e, ep, "every", false, [&](const Json& x, const std::string& xp) { event.every = r.seconds(x, xp, true); });
+            r.member(e, ep, "at", true, [&](const Json& x, const std::string& xp) { event.at = r.seconds(x, xp, 0); });
+            r.member(e, ep, "every", false, [&](const Json& x, const std::string& xp) { event.every = r.seconds(x, xp, MIN_PERIOD); });
             r.stringFields(e, ep, {{"name", &event.name}, {"text", &event.command.commandText}});
             r.member(e, ep, "code", true, [&](const Json& x, const std::string& xp) { event.command.commandCode = r.int32(x, xp); });
             r.member(e, ep, "value", false, [&](const Json& x, const std::string& xp) {
@@ -460,7 +472,7 @@ void readTimeline(Reader& r, const Json& root, Scenario& scenario) {
         r.array(v, p, [&](const Json& e, const std::string& ep) {
             GraphicsChange change;
             if (!r.object(e, ep, {"at", "first", "second"})) return;
-            r.member(e, ep, "at", true, [&](const Json& x, const std::string& xp) { change.at = r.seconds(x, xp, false); });
+            r.member(e, ep, "at", true, [&](const Json& x, const std::string& xp) { change.at = r.seconds(x, xp, 0); });
             r.member(e, ep, "first", true, [&](const Json& x, const std::string& xp) { change.first = r.rectangle(x, xp); });
             r.member(e, ep, "second", true, [&](const Json& x, const std::string& xp) { change.second = r.rectangle(x, xp); });
             scenario.graphics.push_back(change);
@@ -473,9 +485,18 @@ void readTimeline(Reader& r, const Json& root, Scenario& scenario) {
 Scenario Scenario::parse(const std::string& text, std::vector<ScenarioProblem>& problems) {
     Scenario scenario;
     Json root;
+    struct TooDeep {};
     try {
-        root = Json::parse(text);
-    } catch (const Json::parse_error& error) {
+        root = Json::parse(text, [](int depth, Json::parse_event_t event, Json&) {
+            const bool opens = event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
+            if (opens && depth >= MAX_DEPTH) throw TooDeep{};
+            return true;
+        });
+    } catch (const TooDeep&) {
+        problems.push_back({"$", "JSON nested at most " + std::to_string(MAX_DEPTH) + " deep",
+                            "JSON nested deeper than " + std::to_string(MAX_DEPTH)});
+        return scenario;
+    } catch (const Json::exception& error) {  // syntax, and numbers beyond a double
         problems.push_back({"$", "valid JSON", error.what()});
         return scenario;
     }

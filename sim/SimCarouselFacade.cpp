@@ -14,14 +14,16 @@ std::string SimCarouselFacade::mount(std::string name) {
         return {};
     }
     unsigned generation;
+    Scheduler::Group group;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         generation = ++generations_[name];
         mounted_.insert(name);
+        group = downloadTasks(name);
     }
     for (const auto& download : carousel->downloads)
         scheduler_.after(std::chrono::duration<double>(download.after),
-                         [this, name, generation, download] { this->download(name, generation, download); });
+                         [this, name, generation, download] { this->download(name, generation, download); }, group);
     log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
     return carousel->mountAnswer;
 }
@@ -29,9 +31,19 @@ std::string SimCarouselFacade::mount(std::string name) {
 void SimCarouselFacade::umount(std::string name) {
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        if (mounted_.erase(name) > 0) ++generations_[name];
+        if (mounted_.erase(name) > 0) {
+            ++generations_[name];
+            downloadTasks(name);
+        }
     }
     log_.request(Family::Carousel, CAROUSEL_UMOUNT, "unmount " + quoted(name));
+}
+
+Scheduler::Group SimCarouselFacade::downloadTasks(const std::string& name) {
+    Scheduler::Group& group = groups_[name];
+    if (group == Scheduler::NO_GROUP) group = scheduler_.newGroup();
+    scheduler_.cancel(group);
+    return group;
 }
 
 void SimCarouselFacade::addCarouselListener(middlewarefacade::CarouselListener* listener) {

@@ -37,6 +37,9 @@ public:
 
 private:
     void download(const std::string& name, unsigned generation, const CarouselSettings::Download& download);
+    // The carousel's group of download notices, emptied of those queued;
+    // called with mutex_ held.
+    Scheduler::Group downloadTasks(const std::string& name);
 
     const std::vector<CarouselSettings> carousels_;
     Scheduler& scheduler_;
@@ -49,6 +52,7 @@ private:
     // of an earlier mount are dropped.
     std::map<std::string, unsigned> generations_;
     std::set<std::string> mounted_;
+    std::map<std::string, Scheduler::Group> groups_;
 };
 
 }  // namespace sim

@@ -10,11 +10,13 @@
 #include <iostream>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "MiddlewareIpc.h"
 #include "sim/Console.h"
 #include "sim/Scenario.h"
 #include "sim/Simulator.h"
+#include "sim/SocketDirectory.h"
 #include "tessarine/IpcServerManager.h"
 
 namespace tessarine {
@@ -42,10 +44,12 @@ std::string streamSource(const SimOptions& options, const Scenario& scenario) {
     return (std::filesystem::path(options.scenarioFile).parent_path() / path).string();
 }
 
-int badInput(const std::string& message) {
-    std::cerr << PROGRAM << ": " << message << std::endl;
+int badInput(const std::vector<std::string>& messages) {
+    for (const auto& message : messages) std::cerr << PROGRAM << ": " << message << '\n';
+    std::cerr << std::flush;
     return SimHost::EXIT_BAD_INPUT;
 }
+int badInput(const std::string& message) { return badInput(std::vector<std::string>{message}); }
 
 // Waits for SIGINT or SIGTERM (blocked in every thread, taken here) or for
 // `stop` to be set, whichever comes first.
@@ -66,9 +70,9 @@ int SimHost::run(const SimOptions& options) {
     std::vector<ScenarioProblem> problems;
     const Scenario scenario = Scenario::parse(text, problems);
     if (!problems.empty()) {
-        for (const auto& problem : problems) std::cerr << PROGRAM << ": " << source << ": " << problem.describe() << '\n';
-        std::cerr << std::flush;
-        return EXIT_BAD_INPUT;
+        std::vector<std::string> lines;
+        for (const auto& problem : problems) lines.push_back(source + ": " + problem.describe());
+        return badInput(lines);
     }
     std::string script;
     if (!options.scriptFile.empty() && !readFile(options.scriptFile, script))
@@ -80,6 +84,9 @@ int SimHost::run(const SimOptions& options) {
         if (!IpcServerManager::setSocketDirectory(options.socketDirectory))
             return badInput("socket directory " + options.socketDirectory + " is too long for a socket path");
     }
+    SocketDirectory socketFiles(IpcServerManager::socketDirectory());
+    std::vector<std::string> socketProblems;
+    if (!socketFiles.prepare(socketProblems)) return badInput(socketProblems);
 
     // Blocked before any thread exists, so every thread inherits the mask
     // and only waitForStop takes the signals.
@@ -101,6 +108,13 @@ int SimHost::run(const SimOptions& options) {
     Simulator::install(&simulator);
     MiddlewareIpc* adapter = MiddlewareIpc::getInstance();
     IpcServerManager::getInstance()->addConnectionListener(&simulator);
+    if (!socketFiles.claim(socketProblems)) {
+        simulator.quiesce();
+        delete adapter;
+        Simulator::install(nullptr);
+        socketFiles.release();
+        return badInput(socketProblems);
+    }
     std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/" << CONTROL_SOCKET_NAME << " and "
               << IpcServerManager::socketDirectory() << "/" << DEMUX_SOCKET_NAME << " from the " << source
               << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;
@@ -136,6 +150,7 @@ int SimHost::run(const SimOptions& options) {
     delete adapter;
     consoleThread.join();
     Simulator::install(nullptr);
+    socketFiles.release();
     return 0;
 }
 

@@ -161,6 +161,7 @@ bool SimVideoFacade::open(std::string locator, int& handle) {
         Player& player = players_[handle];
         player.locator = locator;
         player.duration = item->duration;
+        player.endTask = scheduler_.newGroup();
     }
     log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> handle " + std::to_string(handle));
     return true;
@@ -193,7 +194,7 @@ int SimVideoFacade::setCurrentTime(int handle, int first, int second) {
         if (Player* player = find(handle)) {
             player->position = std::max(0, std::min(first, player->duration));
             player->since = Scheduler::Clock::now();
-            ++player->generation;
+            cancelEnd(*player);
             if (player->playing) scheduleEnd(handle, *player);
             result = player->position;
         }
@@ -225,7 +226,7 @@ bool SimVideoFacade::play(int handle) {
                 if (player->position >= player->duration) player->position = 0;
                 player->playing = true;
                 player->since = Scheduler::Clock::now();
-                ++player->generation;
+                cancelEnd(*player);
                 scheduleEnd(handle, *player);
             }
             result = true;
@@ -241,7 +242,7 @@ void SimVideoFacade::stop(int handle) {
         if (Player* player = find(handle)) {
             player->playing = false;
             player->position = 0;
-            ++player->generation;
+            cancelEnd(*player);
         }
     }
     log_.request(Family::Media, MEDIA_STOP, "handle " + std::to_string(handle) + " stop");
@@ -250,6 +251,7 @@ void SimVideoFacade::stop(int handle) {
 void SimVideoFacade::close(int handle) {
     {
         std::lock_guard<std::mutex> lock(mutex_);
+        if (Player* player = find(handle)) cancelEnd(*player);
         players_.erase(handle);
     }
     log_.request(Family::Media, MEDIA_CLOSE, "handle " + std::to_string(handle) + " close");
@@ -309,10 +311,15 @@ void SimVideoFacade::setMediaMute(int handle, bool mute) {
     log_.request(Family::Media, MEDIA_SET_MUTE, "handle " + std::to_string(handle) + (mute ? " mute" : " unmute"));
 }
 
+void SimVideoFacade::cancelEnd(Player& player) {
+    ++player.generation;
+    scheduler_.cancel(player.endTask);
+}
+
 void SimVideoFacade::scheduleEnd(int handle, Player& player) {
     const unsigned generation = player.generation;
     scheduler_.after(std::chrono::milliseconds(player.duration - player.position),
-                     [this, handle, generation] { reachEnd(handle, generation); });
+                     [this, handle, generation] { reachEnd(handle, generation); }, player.endTask);
 }
 
 void SimVideoFacade::reachEnd(int handle, unsigned generation) {
@@ -337,7 +344,7 @@ bool SimVideoFacade::endMedium(int handle) {
         if (player == nullptr) return false;
         player->playing = false;
         player->position = player->duration;
-        ++player->generation;
+        cancelEnd(*player);
         listeners = player->listeners;
     }
     deliverEnd(handle, listeners);

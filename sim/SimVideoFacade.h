@@ -94,6 +94,7 @@ private:
         bool playing = false;
         Scheduler::Clock::time_point since;
         unsigned generation = 0;  // bumped to cancel a scheduled end
+        Scheduler::Group endTask = Scheduler::NO_GROUP;
         ipcutil::Rectangle_t bounds{0, 0, 0, 0};
         bool freeze = false;
         Audio audio;
@@ -106,6 +107,8 @@ private:
     Player* find(int handle);
     int positionOf(const Player& player) const;
     void scheduleEnd(int handle, Player& player);
+    // Makes a scheduled end stale and drops it from the queue.
+    void cancelEnd(Player& player);
     void reachEnd(int handle, unsigned generation);
     void deliverEnd(int handle, const std::set<middlewarefacade::MediaListener*>& listeners);
 

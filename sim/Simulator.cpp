@@ -74,7 +74,13 @@ void Simulator::clientDisconnected() {
         connected_ = false;
     }
     gate_.setClient(false);
-    ++timeline_;
+    {
+        // Queued tasks go now, not at their time: connect and close cycles
+        // must not pile them up.
+        std::lock_guard<std::mutex> lock(timelineMutex_);
+        ++timeline_;
+        scheduler_.cancel(timelineTasks_);
+    }
     log_.note("client disconnected");
 }
 
@@ -84,18 +90,20 @@ bool Simulator::waitForClient(std::chrono::duration<double> patience) {
 }
 
 void Simulator::startTimeline() {
+    std::lock_guard<std::mutex> lock(timelineMutex_);
     const unsigned generation = ++timeline_;
+    scheduler_.cancel(timelineTasks_);
     const auto start = Scheduler::Clock::now();
     for (std::size_t i = 0; i < scenario_.streamEvents.size(); ++i) {
         const auto due = start + std::chrono::duration_cast<Scheduler::Clock::duration>(
                                      std::chrono::duration<double>(scenario_.streamEvents[i].at));
-        scheduler_.at(due, [this, generation, i, due] { streamEventDue(generation, i, due); });
+        scheduler_.at(due, [this, generation, i, due] { streamEventDue(generation, i, due); }, timelineTasks_);
     }
     for (const auto& change : scenario_.graphics) {
         scheduler_.after(std::chrono::duration<double>(change.at), [this, generation, change] {
             if (timeline_ == generation && !video_.changeGraphics(change.first, change.second))
                 log_.note("graphics change dropped: no graphics listener");
-        });
+        }, timelineTasks_);
     }
 }
 
@@ -103,10 +111,11 @@ void Simulator::streamEventDue(unsigned generation, std::size_t index, Scheduler
     if (timeline_ != generation) return;
     const StreamEvent& event = scenario_.streamEvents[index];
     if (!dsmcc_.deliver(event.name, event.command)) log_.note("stream event \"" + event.name + "\" dropped: no listener");
-    if (event.every) {
+    std::lock_guard<std::mutex> lock(timelineMutex_);  // no repeat queued after the client left
+    if (event.every && timeline_ == generation) {
         // From the due time, not from now, so that a repeating event keeps its period.
         const auto next = due + std::chrono::duration_cast<Scheduler::Clock::duration>(std::chrono::duration<double>(*event.every));
-        scheduler_.at(next, [this, generation, index, next] { streamEventDue(generation, index, next); });
+        scheduler_.at(next, [this, generation, index, next] { streamEventDue(generation, index, next); }, timelineTasks_);
     }
 }
 
@@ -121,6 +130,7 @@ std::vector<std::string> Simulator::status() {
         requests << ' ' << RequestLog::name(static_cast<Family>(i)) << ' ' << counts[i];
     lines.push_back(requests.str());
     lines.push_back("events sent: " + std::to_string(log_.eventCount()));
+    lines.push_back("notices scheduled: " + std::to_string(scheduler_.queued()));
     for (auto& line : video_.describePlayers()) lines.push_back(std::move(line));
     if (broadcast_) lines.push_back(broadcast_->status());
     return lines;

@@ -94,8 +94,13 @@ private:
     std::condition_variable connectionChanged_;
     std::atomic<bool> connected_{false};
     // Bumped by every connection and disconnection: timeline tasks of an
-    // earlier connection see a different number and do nothing.
+    // earlier connection see a different number and do nothing. The mutex
+    // makes the bump, the cancelling of queued tasks and a repeat's
+    // rescheduling one step each.
+    std::mutex timelineMutex_;
     std::atomic<unsigned> timeline_{0};
+    // The timeline's queued tasks, dropped when the client leaves.
+    const Scheduler::Group timelineTasks_ = scheduler_.newGroup();
 };
 
 }  // namespace sim

@@ -14,6 +14,9 @@ namespace detail {
 
 namespace {
 
+// About 33 records: a list or a run of events is read a buffer-full at a time.
+constexpr std::size_t READ_BUFFER = 64 * 1024;
+
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
 
 // Whether `record` is an item of the list that `expected` awaits, whose
@@ -49,7 +52,7 @@ std::shared_ptr<Connection> Connection::open(const ClientOptions& options, Conne
 }
 
 Connection::Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink)
-    : fd_(std::move(fd)), options_(options), sink_(sink) {}
+    : fd_(std::move(fd)), input_(fd_.get(), READ_BUFFER), options_(options), sink_(sink) {}
 
 Connection::~Connection() { close(); }
 
@@ -89,7 +92,7 @@ void Connection::run() {
 }
 
 std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
-    switch (readExact(fd_.get(), record.bytes(), MESSAGE_SIZE)) {
+    switch (input_.read(record.bytes(), MESSAGE_SIZE)) {
     case IoStatus::Ok:
         return std::nullopt;
     case IoStatus::Closed:
@@ -101,7 +104,8 @@ std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) 
     }
 }
 
-std::optional<Error> Connection::readBytes(std::size_t count, std::vector<std::uint8_t>& into) {
+template <typename Bytes>
+std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
     if (count > options_.maxTrailingBytes) {
         return malformed("trailing data of " + std::to_string(count) + " bytes exceeds the limit of " +
                          std::to_string(options_.maxTrailingBytes));
@@ -111,7 +115,7 @@ std::optional<Error> Connection::readBytes(std::size_t count, std::vector<std::u
         return malformed("the answer's trailing data exceeds its limit");
     }
     into.resize(count);
-    if (count > 0 && readExact(fd_.get(), into.data(), count) != IoStatus::Ok) {
+    if (count > 0 && input_.read(&into[0], count) != IoStatus::Ok) {
         return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
     }
     return std::nullopt;
@@ -134,12 +138,12 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
         data.strings.emplace_back();
         for (std::uint32_t s = 0; s < count; ++s) {
             std::uint32_t length = 0;
-            if (readExact(fd_.get(), &length, sizeof length) != IoStatus::Ok) {
+            if (input_.read(&length, sizeof length) != IoStatus::Ok) {
                 return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
             }
-            std::vector<std::uint8_t> bytes;
-            if (auto fault = readBytes(length, bytes)) return fault;
-            data.strings.back().emplace_back(bytes.begin(), bytes.end());
+            std::string text;
+            if (auto fault = readBytes(length, text)) return fault;
+            data.strings.back().push_back(std::move(text));
         }
     }
     answer.trailing.push_back(std::move(data));

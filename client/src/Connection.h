@@ -12,6 +12,7 @@
 
 #include "Expectation.h"
 #include "Socket.h"
+#include "StreamReader.h"
 #include "tessarine/client/Error.h"
 #include "tessarine/client/Events.h"
 #include "tessarine/FileDescriptor.h"
@@ -75,12 +76,15 @@ private:
     std::optional<Error> readList(const Expectation& expected, std::uint64_t token, const message& header,
                                   const message& first);
     std::optional<Error> readTrailing(const Expectation& expected, const message& record, Answer& answer);
-    std::optional<Error> readBytes(std::size_t count, std::vector<std::uint8_t>& into);
+    // `into` is a byte vector or a string.
+    template <typename Bytes>
+    std::optional<Error> readBytes(std::size_t count, Bytes& into);
     std::optional<Error> readRecord(message& record, bool insideAnswer);
     void handleDsmcc(const message& record);
     void startDsmcc(std::int32_t count);
 
     FileDescriptor fd_;
+    StreamReader input_;  // the reader thread's only
     ClientOptions options_;
     ConnectionSink& sink_;
     std::mutex sendMutex_;

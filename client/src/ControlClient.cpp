@@ -156,7 +156,8 @@ void ControlClient::Impl::connectionEnded(const Error& reason, bool deliberate) 
     answered_.notify_all();
     if (!deliberate) {
         dispatcher_->post([this, reason] {
-            if (auto callback = callbacksCopy().disconnected) callback(reason);
+            const auto current = currentCallbacks();
+            if (current->disconnected) current->disconnected(reason);
         });
     }
 }
@@ -165,14 +166,15 @@ void ControlClient::Impl::eventArrived(detail::Event event) {
     dispatcher_->post([this, event = std::move(event)]() mutable { dispatch(std::move(event)); });
 }
 
-ControlClient::Impl::Callbacks ControlClient::Impl::callbacksCopy() {
+std::shared_ptr<const ControlClient::Impl::Callbacks> ControlClient::Impl::currentCallbacks() {
     std::lock_guard<std::mutex> lock(callbackMutex_);
     return callbacks_;
 }
 
 void ControlClient::Impl::dispatch(detail::Event event) {
     // Runs on the dispatcher thread with no lock held.
-    const Callbacks callbacks = callbacksCopy();
+    const auto current = currentCallbacks();
+    const Callbacks& callbacks = *current;
     if (auto* e = std::get_if<DownloadComplete>(&event)) {
         if (callbacks.downloadComplete) callbacks.downloadComplete(*e);
     } else if (auto* e = std::get_if<GraphicsSettings>(&event)) {

@@ -53,7 +53,9 @@ public:
 
     const ClientOptions options;
 
-    // Callbacks, guarded by callbackMutex_; copied before they run.
+    // Callbacks, guarded by callbackMutex_. A change replaces the whole set,
+    // so an event takes a reference to the current set instead of copying
+    // every function.
     struct Callbacks {
         std::function<void(const DownloadComplete&)> downloadComplete;
         std::function<void(const GraphicsSettings&)> graphicsSettings;
@@ -65,7 +67,9 @@ public:
     template <typename Setter>
     void setCallback(Setter setter) {
         std::lock_guard<std::mutex> lock(callbackMutex_);
-        setter(callbacks_);
+        auto next = std::make_shared<Callbacks>(*callbacks_);
+        setter(*next);
+        callbacks_ = std::move(next);
     }
 
 private:
@@ -81,7 +85,7 @@ private:
     // With a pass of calls_.
     Result<std::shared_ptr<detail::Connection>> ensureConnected(Clock::time_point deadline);
     void dropConnection();
-    Callbacks callbacksCopy();
+    std::shared_ptr<const Callbacks> currentCallbacks();
     void dispatch(detail::Event event);
 
     detail::CallGate calls_;
@@ -98,7 +102,7 @@ private:
     std::uint64_t nextToken_ = 0;
 
     std::mutex callbackMutex_;
-    Callbacks callbacks_;
+    std::shared_ptr<const Callbacks> callbacks_ = std::make_shared<const Callbacks>();
     // Last member: destroyed (and its thread stopped) first.
     std::unique_ptr<detail::EventDispatcher> dispatcher_;
 };

@@ -23,7 +23,8 @@ message siWithArgument(std::int32_t code, std::int32_t argument) {
     return record;
 }
 
-ProgramEvent programEventFrom(const message& record, const detail::TrailingData& data) {
+// The trailing data is moved into the event, not copied.
+ProgramEvent programEventFrom(const message& record, detail::TrailingData&& data) {
     const program_event wire = program_event::decode(record.bytes() + SI_ITEM_OFFSET);
     ProgramEvent e;
     e.value0 = wire.value0;
@@ -36,20 +37,21 @@ ProgramEvent programEventFrom(const message& record, const detail::TrailingData&
     e.text0 = wire.text0;
     e.text1 = wire.text1;
     e.text2 = wire.text2;
-    e.bytes0 = data.bytes[0];
-    e.bytes1 = data.bytes[1];
-    e.bytes2 = data.bytes[2];
-    e.strings0 = data.strings[0];
-    e.strings1 = data.strings[1];
-    e.strings2 = data.strings[2];
+    e.bytes0 = std::move(data.bytes[0]);
+    e.bytes1 = std::move(data.bytes[1]);
+    e.bytes2 = std::move(data.bytes[2]);
+    e.strings0 = std::move(data.strings[0]);
+    e.strings1 = std::move(data.strings[1]);
+    e.strings2 = std::move(data.strings[2]);
     return e;
 }
 
-std::vector<Descriptor> descriptorsFrom(const detail::Answer& answer) {
+std::vector<Descriptor> descriptorsFrom(detail::Answer& answer) {
     std::vector<Descriptor> descriptors;
+    descriptors.reserve(answer.records.size());
     for (std::size_t i = 0; i < answer.records.size(); ++i) {
         descriptors.push_back(Descriptor{descriptor::decode(answer.records[i].bytes() + SI_ITEM_OFFSET).id,
-                                         answer.trailing.at(i).bytes[0]});
+                                         std::move(answer.trailing.at(i).bytes[0])});
     }
     return descriptors;
 }
@@ -68,8 +70,9 @@ Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) 
     auto answer = impl_->call(si(SI_PROGRAM_EVENTS), timeout);
     if (!answer) return answer.error();
     std::vector<ProgramEvent> events;
+    events.reserve(answer->records.size());
     for (std::size_t i = 0; i < answer->records.size(); ++i) {
-        events.push_back(programEventFrom(answer->records[i], answer->trailing.at(i)));
+        events.push_back(programEventFrom(answer->records[i], std::move(answer->trailing.at(i))));
     }
     return events;
 }
@@ -77,7 +80,7 @@ Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) 
 Result<std::optional<ProgramEvent>> ControlClient::programEvent(Timeout timeout) {
     auto answer = impl_->call(si(SI_PROGRAM_EVENT), timeout);
     if (!answer) return answer.error();
-    ProgramEvent event = programEventFrom(answer->records.front(), answer->trailing.at(0));
+    ProgramEvent event = programEventFrom(answer->records.front(), std::move(answer->trailing.at(0)));
     if (event.value1 == -1) return std::optional<ProgramEvent>();
     return std::optional<ProgramEvent>(std::move(event));
 }
@@ -110,6 +113,7 @@ Result<std::vector<Service>> ControlClient::services(Timeout timeout) {
     auto answer = impl_->call(si(SI_SERVICES), timeout);
     if (!answer) return answer.error();
     std::vector<Service> services;
+    services.reserve(answer->records.size());
     for (const message& item : answer->records) {
         const service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
         services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, s.text0});

@@ -10,6 +10,7 @@
 
 #include "CallGate.h"
 #include "Socket.h"
+#include "StreamReader.h"
 #include "tessarine/protocol/Codes.h"
 #include "tessarine/protocol/Limits.h"
 
@@ -22,15 +23,17 @@ using detail::IoStatus;
 namespace {
 
 void appendWord(std::vector<std::uint8_t>& out, std::int32_t word) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&word);
-    out.insert(out.end(), bytes, bytes + sizeof word);
+    const std::size_t at = out.size();
+    out.resize(at + sizeof word);
+    std::memcpy(out.data() + at, &word, sizeof word);
 }
 
 }  // namespace
 
 class DemuxClient::Impl {
 public:
-    explicit Impl(DemuxOptions o) : options(std::move(o)) {}
+    // A section arrives with its length in one read.
+    explicit Impl(DemuxOptions o) : options(std::move(o)), input_(-1, sizeof(std::int32_t) + options.maxSectionLength) {}
     ~Impl() { closeSocket(); }
 
     const DemuxOptions options;
@@ -59,14 +62,14 @@ public:
         if (!answer) return Bytes{};
 
         std::int32_t length = 0;
-        const IoStatus status = detail::readExact(fd_.get(), &length, sizeof length, deadline);
+        const IoStatus status = input_.read(&length, sizeof length, deadline);
         if (status != IoStatus::Ok) return fail(status, "reading a section's length");
         if (length < 0 || static_cast<std::size_t>(length) > options.maxSectionLength) {
             closeSocket();
             return Error(ErrorCode::MalformedAnswer, "section length " + std::to_string(length) + " is out of range");
         }
         Bytes section(static_cast<std::size_t>(length));
-        const IoStatus body = detail::readExact(fd_.get(), section.data(), section.size(), deadline);
+        const IoStatus body = input_.read(section.data(), section.size(), deadline);
         if (body != IoStatus::Ok) return fail(body, "reading a section");
         return section;
     }
@@ -87,6 +90,7 @@ private:
         if (fd_.valid() && !peerGone()) return std::nullopt;
         closeSocket();
         fd_ = detail::connectUnix(options.socketPath, deadline);
+        input_.reset(fd_.get());
         if (!fd_.valid()) {
             const int cause = errno;
             return Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
@@ -106,6 +110,7 @@ private:
 
     detail::CallGate calls_;
     FileDescriptor fd_;
+    detail::StreamReader input_;
 };
 
 namespace {

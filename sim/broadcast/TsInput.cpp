@@ -286,7 +286,7 @@ TsInput::~TsInput() {
     raw_.clear();
 }
 
-void TsInput::setPcrHandler(std::function<void(uint16_t, uint64_t)> handler) { pcrHandler_ = std::move(handler); }
+void TsInput::setPcrHandler(PcrHandler handler) { pcrHandler_ = std::move(handler); }
 
 void TsInput::feed(const uint8_t* data, size_t length) {
     {
@@ -307,7 +307,7 @@ void TsInput::feed(const uint8_t* data, size_t length) {
             if (ts_validate(p) && (synced_ || (nextKnown && ts_validate(p + TS_SIZE)))) {
                 synced_ = true;
                 skipping_ = false;
-                handlePacket(p);
+                handlePacket(p, consumed_ + pos);
                 pos += TS_SIZE;
                 continue;
             }
@@ -320,10 +320,11 @@ void TsInput::feed(const uint8_t* data, size_t length) {
             ++counters_.bytesSkipped;
         }
         pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(pos));
+        consumed_ += pos;
     }
 }
 
-void TsInput::handlePacket(uint8_t* packet) {
+void TsInput::handlePacket(uint8_t* packet, uint64_t offset) {
     {
         std::lock_guard<std::mutex> lock(countersMutex_);
         ++counters_.packets;
@@ -335,7 +336,7 @@ void TsInput::handlePacket(uint8_t* packet) {
     const uint16_t pid = ts_get_pid(packet);
     if (pid == kNullPid) return;
     if (ts_has_adaptation(packet) && ts_get_adaptation(packet) >= 7 && tsaf_has_pcr(packet) && pcrHandler_)
-        pcrHandler_(pid, tsaf_get_pcr(packet) * 300 + tsaf_get_pcrext(packet));
+        pcrHandler_(pid, tsaf_get_pcr(packet) * 300 + tsaf_get_pcrext(packet), offset);
     if (!ts_has_payload(packet)) return;
     if (ts_get_scrambling(packet)) model_.markScrambled(pid);
     decoders_->push(pid, packet);
@@ -347,6 +348,7 @@ void TsInput::handlePacket(uint8_t* packet) {
 
 void TsInput::restart() {
     decoders_ = std::make_unique<Decoders>(*this, model_);
+    consumed_ += pending_.size();
     pending_.clear();
     synced_ = skipping_ = false;
     std::lock_guard<std::mutex> lock(routeMutex_);

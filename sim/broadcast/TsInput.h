@@ -63,8 +63,10 @@ public:
     // the jump is not taken for damage. The SI model keeps what it knows.
     void restart();
 
-    // Called for every PCR with its PID and value in 27 MHz ticks.
-    void setPcrHandler(std::function<void(uint16_t, uint64_t)> handler);
+    // Called for every PCR with its PID, its value in 27 MHz ticks and the
+    // offset in the stream (bytes fed before its packet).
+    using PcrHandler = std::function<void(uint16_t pid, uint64_t pcr, uint64_t offset)>;
+    void setPcrHandler(PcrHandler handler);
 
     void subscribe(uint16_t pid, SectionSink* sink);
     void unsubscribe(SectionSink* sink);
@@ -84,14 +86,15 @@ public:
     void deliverSection(uint16_t pid, const uint8_t* section, size_t length);
 
 private:
-    void handlePacket(uint8_t* packet);
+    void handlePacket(uint8_t* packet, uint64_t offset);
 
     SiModel& model_;
     std::unique_ptr<Decoders> decoders_;
     std::vector<uint8_t> pending_;
+    uint64_t consumed_ = 0;  // bytes fed before pending_[0]
     bool synced_ = false;
     bool skipping_ = false;
-    std::function<void(uint16_t, uint64_t)> pcrHandler_;
+    PcrHandler pcrHandler_;
 
     struct RawPid;
     mutable std::mutex routeMutex_;  // guards raw_ and delivery to sinks

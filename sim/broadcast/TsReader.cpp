@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -22,8 +23,17 @@ constexpr double PCR_HZ = 27e6;
 constexpr uint64_t PCR_WRAP = (1ull << 33) * 300;
 // A PCR step beyond this is a discontinuity, not elapsed time.
 constexpr double MAX_PCR_STEP = 2.0;
-// Without a PCR a file is read at this nominal rate.
+// Bytes that no usable PCR interval covers are read at this nominal rate.
 constexpr double NOMINAL_BITRATE = 1e6;
+// No PCR interval may claim more than this, faster than any multiplex: a
+// clock that barely moves would otherwise read the file at full speed.
+constexpr double MAX_BITRATE = 100e6;
+// Bytes beyond this without a PCR are paced at the nominal rate at once;
+// a stream paced by its PCR has one at least every 100 ms.
+constexpr uint64_t MAX_UNPACED_BYTES = 1 << 20;
+// A pass over a looping file takes at least this long, whatever the pace,
+// so that a loop of a tiny file cannot keep a core busy.
+constexpr std::chrono::milliseconds MIN_PASS{10};
 // Falling further behind than this restarts the pacing clock.
 constexpr double MAX_LAG = 1.0;
 constexpr size_t CHUNK = 188 * 7 * 8;
@@ -71,7 +81,8 @@ bool TsReader::start(const std::string& source, Pace pace, std::string& error) {
     streamSeconds_ = 0;
     pcrPid_ = -1;
     havePcr_ = false;
-    if (paced_) input_.setPcrHandler([this](uint16_t pid, uint64_t pcr) { onPcr(pid, pcr); });
+    fed_ = pacedTo_ = 0;
+    if (paced_) input_.setPcrHandler([this](uint16_t pid, uint64_t pcr, uint64_t offset) { onPcr(pid, pcr, offset); });
     else input_.setPcrHandler(nullptr);
     thread_ = std::thread([this] { run(); });
     return true;
@@ -154,6 +165,7 @@ void TsReader::stop() {
 void TsReader::run() {
     std::vector<uint8_t> buffer(datagrams_ ? 65536 : CHUNK);
     uint64_t bytesThisPass = 0;
+    auto passStart = std::chrono::steady_clock::now();
     auto stopping = [this] {
         std::lock_guard<std::mutex> lock(stopMutex_);
         return stopping_;
@@ -169,12 +181,18 @@ void TsReader::run() {
             if (datagrams_) continue;
             break;
         }
+        if (n == 0 && datagrams_) {  // an empty datagram, not the end: anyone may send one
+            input_.countReadError("empty datagram ignored");
+            continue;
+        }
         if (n == 0) {
             if (!loops_ || bytesThisPass == 0 || ::lseek(fd_, 0, SEEK_SET) != 0) break;
             bytesThisPass = 0;
             input_.countLoop();
             input_.restart();
-            havePcr_ = false;  // the PCR jumps back with the file
+            if (paced_) paceAtNominalRate();  // the bytes after the pass's last PCR
+            waitUntil(passStart + MIN_PASS);
+            passStart = std::chrono::steady_clock::now();
             continue;
         }
         bytesThisPass += static_cast<uint64_t>(n);
@@ -187,25 +205,38 @@ void TsReader::run() {
             length -= RTP_HEADER;
         }
         input_.feed(data, length);
-        if (paced_ && pcrPid_ < 0) advance(static_cast<double>(length) * 8 / NOMINAL_BITRATE);
+        fed_ += length;
+        if (paced_ && (pcrPid_ < 0 || fed_ - pacedTo_ > MAX_UNPACED_BYTES)) paceAtNominalRate();
     }
     ended_ = !stopping();
 }
 
-// Follows the first PID that carries a PCR; each step of its clock is
-// stream time that must pass on the wall clock too.
-void TsReader::onPcr(uint16_t pid, uint64_t pcr) {
+// Follows the first PID that carries a PCR; each step of its clock is the
+// time of the bytes since the previous one, and must pass on the wall clock
+// too. Bytes that no usable step covers (before the first PCR, across a
+// discontinuity or a loop) take their time at the nominal rate.
+void TsReader::onPcr(uint16_t pid, uint64_t pcr, uint64_t offset) {
     if (pcrPid_ < 0) pcrPid_ = pid;
     if (pid != pcrPid_) return;
-    if (!havePcr_) {
-        havePcr_ = true;
-        lastPcr_ = pcr;
-        return;
-    }
-    double step = static_cast<double>((pcr + PCR_WRAP - lastPcr_) % PCR_WRAP) / PCR_HZ;
+    const double step = static_cast<double>((pcr + PCR_WRAP - lastPcr_) % PCR_WRAP) / PCR_HZ;
+    const bool usable = havePcr_ && step > 0 && step <= MAX_PCR_STEP;
+    havePcr_ = true;
     lastPcr_ = pcr;
-    if (step > MAX_PCR_STEP) return;
-    advance(step);
+    const double bits = static_cast<double>(offset - pacedTo_) * 8;
+    pacedTo_ = offset;
+    advance(usable ? std::max(step, bits / MAX_BITRATE) : bits / NOMINAL_BITRATE);
+}
+
+void TsReader::paceAtNominalRate() {
+    const uint64_t bytes = fed_ - pacedTo_;
+    pacedTo_ = fed_;
+    havePcr_ = false;  // the next PCR starts a new interval
+    advance(static_cast<double>(bytes) * 8 / NOMINAL_BITRATE);
+}
+
+void TsReader::waitUntil(std::chrono::steady_clock::time_point when) {
+    std::unique_lock<std::mutex> lock(stopMutex_);
+    stopCv_.wait_until(lock, when, [this] { return stopping_; });
 }
 
 void TsReader::advance(double seconds) {
@@ -217,8 +248,7 @@ void TsReader::advance(double seconds) {
         wallStart_ += now - due;
         return;
     }
-    std::unique_lock<std::mutex> lock(stopMutex_);
-    stopCv_.wait_until(lock, due, [this] { return stopping_; });
+    waitUntil(due);
 }
 
 }  // namespace tessarine::broadcast

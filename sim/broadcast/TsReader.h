@@ -47,8 +47,11 @@ public:
 private:
     void run();
     bool openUdp(const std::string& address, std::string& error);
-    void onPcr(uint16_t pid, uint64_t pcr);
+    void onPcr(uint16_t pid, uint64_t pcr, uint64_t offset);
+    // Paces the bytes fed since the last paced point at the nominal rate.
+    void paceAtNominalRate();
     void advance(double seconds);
+    void waitUntil(std::chrono::steady_clock::time_point when);
 
     TsInput& input_;
     std::string source_;
@@ -65,9 +68,12 @@ private:
     std::condition_variable stopCv_;
     bool stopping_ = false;
 
-    // Pacing: stream time reached so far and the wall-clock time it maps to.
+    // Pacing: stream time reached so far and the wall-clock time it maps to;
+    // bytes fed, and the offset up to which their time has been accounted.
     std::chrono::steady_clock::time_point wallStart_;
     double streamSeconds_ = 0;
+    uint64_t fed_ = 0;
+    uint64_t pacedTo_ = 0;
     int pcrPid_ = -1;
     bool havePcr_ = false;
     uint64_t lastPcr_ = 0;

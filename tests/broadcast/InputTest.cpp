@@ -60,6 +60,27 @@ TEST(Reader, FileIsPacedByPcrOrReadAsFastAsPossible) {
     EXPECT_FALSE(paced.si().getServices().empty());
 }
 
+TEST(Reader, AFileWithOnePcrOrATinyFileIsStillPaced) {
+    const Bytes ts = readFile(dataFile("broadcast.ts"));
+    Bytes onePcr(ts.begin(), ts.begin() + 300 * 188);
+    int pcrs = 0;
+    for (size_t at = 0; at < onePcr.size(); at += 188) {
+        uint8_t* p = &onePcr[at];
+        if (ts_has_adaptation(p) && ts_get_adaptation(p) >= 7 && tsaf_has_pcr(p) && pcrs++ > 0) p[5] &= ~0x10;
+    }
+    for (const auto& [bytes, pace] : {std::pair{onePcr, Pace::Pcr}, std::pair{Bytes{0x47}, Pace::None}}) {
+        const std::string path = writeTemp(bytes);
+        Broadcast broadcast;
+        std::string error;
+        ASSERT_TRUE(broadcast.open(path, pace, error)) << error;
+        std::this_thread::sleep_for(1000ms);
+        const InputCounters c = broadcast.input().counters();
+        EXPECT_LT(c.bytes, 250'000u) << "1 Mbit/s without a PCR interval";
+        EXPECT_LT(c.loops, 200u);
+        unlink(path.c_str());
+    }
+}
+
 TEST(Reader, UdpOnLoopbackYieldsTheSameServices) {
     Broadcast broadcast;
     std::string error;
@@ -72,6 +93,7 @@ TEST(Reader, UdpOnLoopbackYieldsTheSameServices) {
     to.sin_port = htons(static_cast<uint16_t>(broadcast.reader().boundPort()));
     to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     Bytes ts = readFile(dataFile("broadcast.ts"));
+    sendto(sender, ts.data(), 0, 0, reinterpret_cast<sockaddr*>(&to), sizeof(to));  // ignored, not the end
     for (size_t at = 0; at < ts.size(); at += 7 * 188) {
         size_t n = std::min<size_t>(7 * 188, ts.size() - at);
         sendto(sender, ts.data() + at, n, 0, reinterpret_cast<sockaddr*>(&to), sizeof(to));
@@ -85,6 +107,7 @@ TEST(Reader, UdpOnLoopbackYieldsTheSameServices) {
     EXPECT_TRUE(waitFor([&] { return serviceNames(broadcast.si()) == serviceNames(direct); }))
         << serviceNames(broadcast.si());
     EXPECT_EQ(broadcast.si().getNetwork()->text0, direct.getNetwork()->text0);
+    EXPECT_EQ(broadcast.input().counters().readErrors, 1u);
 }
 
 TEST(Reader, StandardInputIsReadUntilItEnds) {

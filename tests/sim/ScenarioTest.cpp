@@ -24,6 +24,10 @@ struct BrokenCase {
     const char* message;  // part of "expected ..., found ..."
 };
 
+std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
+const std::string DEEP = nested(100000);
+const std::string DEEP_PROPERTY = R"({"properties": {"a": )" + nested(100000) + "}}";
+
 class BrokenScenario : public ::testing::TestWithParam<BrokenCase> {};
 
 TEST_P(BrokenScenario, IsReportedWithItsPathAndWhatWasExpected) {
@@ -52,7 +56,16 @@ INSTANTIATE_TEST_SUITE_P(
         BrokenCase{"missing field", R"({"streamEvents": [{"at": 1, "text": "x"}]})", "$.streamEvents[0].code",
                    "expected a value (required), found nothing"},
         BrokenCase{"negative time", R"({"graphics": [{"at": -1, "first": {"x":0,"y":0,"width":1,"height":1},
-                   "second": {"x":0,"y":0,"width":1,"height":1}}]})", "$.graphics[0].at", "0 or more"},
+                   "second": {"x":0,"y":0,"width":1,"height":1}}]})", "$.graphics[0].at", "from 0 to 2592000"},
+        BrokenCase{"period beyond a month", R"({"streamEvents": [{"at": 1, "every": 1e300, "code": 1}]})",
+                   "$.streamEvents[0].every", "from 0.001 to 2592000"},
+        BrokenCase{"period under a millisecond", R"({"streamEvents": [{"at": 1, "every": 1e-12, "code": 1}]})",
+                   "$.streamEvents[0].every", "from 0.001"},
+        BrokenCase{"download after a month", R"({"carousels": [{"name": "c", "mount": "m", "downloads": [{"after": 1e300, "first": "f"}]}]})",
+                   "$.carousels[0].downloads[0].after", "from 0 to 2592000"},
+        BrokenCase{"number beyond a double", R"({"versionFlags": [1e400]})", "$", "number overflow"},
+        BrokenCase{"deep nesting", DEEP.c_str(), "$", "nested deeper than 64"},
+        BrokenCase{"deep nesting in a value", DEEP_PROPERTY.c_str(), "$", "nested deeper than 64"},
         BrokenCase{"byte above 255", R"({"streamEvents": [{"at": 1, "code": 1, "byte": 256}]})",
                    "$.streamEvents[0].byte", "a byte from 0 to 255"},
         BrokenCase{"rates of the wrong length", R"({"video": {"rates": [1, 2]}})", "$.video.rates",

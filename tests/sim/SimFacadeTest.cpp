@@ -104,6 +104,7 @@ TEST_F(SimulatorTest, StopSeekAndCloseCancelTheScheduledEnd) {
     video.close(closed);
     EXPECT_EQ(video.getDuration(closed), -1);
     EXPECT_EQ(video.setCurrentTime(closed, 1, 0), -1);
+    EXPECT_EQ(sim.status()[3], "notices scheduled: 1") << "stale ends leave the queue";
 
     ASSERT_TRUE(bridge.log.waitFor(1, 2000ms));
     std::this_thread::sleep_for(250ms);
@@ -179,6 +180,8 @@ TEST_F(SimulatorTest, TheTimelineStartsWithEachClientAndStopsWhenItLeaves) {
     std::this_thread::sleep_for(150ms);
     EXPECT_EQ(bridge.log.size(), 0u) << "nothing before a client connects";
 
+    for (int i = 0; i < 1000; ++i) sim.clientConnected(), sim.clientDisconnected();
+    EXPECT_EQ(sim.status()[3], "notices scheduled: 0") << "every connection's tasks go with it";
     sim.clientConnected();
     ASSERT_TRUE(bridge.log.waitFor(3, 2000ms));
     sim.clientDisconnected();

@@ -88,6 +88,35 @@ INSTANTIATE_TEST_SUITE_P(
         BadFile{"empty_stream", R"({"ts": ""})", "$.ts: expected a file, \"-\" or udp://ADDR:PORT, found an empty string"}),
     [](const ::testing::TestParamInfo<BadFile>& info) { return std::string(info.param.what); });
 
+TEST_F(SimProgram, PathsInTheWayAndFailedBindsEndTheProgramWith2) {
+    std::ofstream(sockets.file("ipc.socket")) << "keep";
+    std::filesystem::create_directory(sockets.file("ipcdemux.socket"));
+    auto sim = start("{}");
+    EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 2);
+    EXPECT_NE(sim->err().find("ipc.socket is not a socket"), std::string::npos) << sim->err();
+    EXPECT_NE(sim->err().find("ipcdemux.socket is not a socket"), std::string::npos);
+    EXPECT_EQ(std::filesystem::file_size(sockets.file("ipc.socket")), 4u) << "left as it is";
+    SimProcess unbindable({"--socket-dir", "/proc", "--quiet"}, files.path());
+    EXPECT_EQ(unbindable.waitExit(EXIT_PATIENCE), 2) << "nothing can be bound in /proc";
+    EXPECT_EQ(unbindable.err().find("serving"), std::string::npos) << unbindable.err();
+}
+
+TEST_F(SimProgram, ALiveServerIsLeftAloneAStaleOneReplacedAndItsOwnSocketsRemoved) {
+    auto first = startServing("{}");
+    TempDir secondOutput;
+    SimProcess second({"--socket-dir", sockets.path(), "--quiet"}, secondOutput.path());
+    EXPECT_EQ(second.waitExit(EXIT_PATIENCE), 2);
+    EXPECT_NE(second.err().find("ipc.socket is served by a running process"), std::string::npos) << second.err();
+    EXPECT_TRUE(ControlTestClient(controlPath(), 5000ms).connected()) << "the first still serves";
+    first->signal(SIGKILL);  // leaves its socket files behind
+    first->waitExit(EXIT_PATIENCE);
+    std::filesystem::remove(files.file("stderr"));  // so that the next "serving" is the third's
+    auto third = startServing("{}");
+    third->signal(SIGTERM);
+    EXPECT_EQ(third->waitExit(EXIT_PATIENCE), 0);
+    EXPECT_TRUE(std::filesystem::is_empty(sockets.path()));
+}
+
 constexpr const char* FAMILIES_SCENARIO = R"({
     "video": {"bounds": {"x": 11, "y": 22, "width": 333, "height": 444}, "language3": "qaa",
               "languages": ["l1", "l2"], "rates": [90, 91, 92, 93, 94, 95, 96, 97]},

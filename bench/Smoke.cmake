@@ -1,0 +1,21 @@
+# Runs every benchmark once (--smoke) and checks that the JSON it wrote
+# holds one entry per case without an error.
+file(REMOVE ${OUT})
+execute_process(COMMAND ${BENCH} --smoke --benchmark_out=${OUT} --benchmark_out_format=json
+                RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "the benchmark exited with ${result}")
+endif()
+file(READ ${OUT} json)
+string(JSON count LENGTH "${json}" benchmarks)
+if(count LESS 20)
+  message(FATAL_ERROR "only ${count} benchmark results in ${OUT}")
+endif()
+math(EXPR last "${count} - 1")
+foreach(i RANGE ${last})
+  string(JSON name GET "${json}" benchmarks ${i} name)
+  string(JSON error ERROR_VARIABLE missing GET "${json}" benchmarks ${i} error_message)
+  if(NOT missing)
+    message(FATAL_ERROR "${name}: ${error}")
+  endif()
+endforeach()

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "Socket.h"
+
+namespace tessarine {
+namespace client {
+namespace detail {
+
+// Reads a socket through a buffer, so that a burst (a list answer, a run of
+// events, a section with its length) costs one system call per buffer-full
+// instead of one per record or field. One thread at a time.
+class StreamReader {
+public:
+    StreamReader(int fd, std::size_t capacity) : fd_(fd), buffer_(capacity) {}
+
+    // Exactly `length` bytes, as readExact (Closed, Failed, TimedOut alike).
+    IoStatus read(void* data, std::size_t length, std::optional<Clock::time_point> deadline = std::nullopt);
+    // Forgets buffered bytes (a new connection on `fd`).
+    void reset(int fd) {
+        fd_ = fd;
+        begin_ = end_ = 0;
+    }
+
+private:
+    int fd_;
+    std::vector<unsigned char> buffer_;
+    std::size_t begin_ = 0;  // unread bytes are buffer_[begin_, end_)
+    std::size_t end_ = 0;
+};
+
+}  // namespace detail
+}  // namespace client
+}  // namespace tessarine
