@@ -141,7 +141,9 @@ void IpcServerManager::update(message& record) {
     }
     const protocol::Request* request = protocol::findRequest(record.type, record.code);
     if (request == nullptr) {
-        if (kind->unknownCode == protocol::UnknownCode::Logged) Diagnostics::unknown(kind->unknownCodeReport, record.code);
+        if (kind->unknownCode == protocol::UnknownCode::Logged) {
+            Diagnostics::unknown(kind->unknownCodeReport, record.code);
+        }
         return;
     }
     const HubContext context{*request, *this, *server_, requestListeners()};

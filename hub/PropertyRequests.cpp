@@ -17,8 +17,9 @@ void PropertyRequests::handle(message& record) const {
         case PROPERTY_LIST: {
             const auto properties = context_.hub.getSystemProperties();
             // Each item's 516 bytes cover bytes 8-523, its first word in place of `code`.
-            context_.sendList(record, properties,
-                              [](message& item, const system_property& property) { item.put(TYPED_PAYLOAD_OFFSET, property); });
+            context_.sendList(record, properties, [](message& item, const system_property& property) {
+                item.put(TYPED_PAYLOAD_OFFSET, property);
+            });
             return;
         }
         case PROPERTY_SET: {

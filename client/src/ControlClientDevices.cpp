@@ -55,7 +55,9 @@ Result<void> ControlClient::resetVideo(Timeout timeout) {
 }
 
 Result<std::string> ControlClient::videoLanguage(std::int32_t which, Timeout timeout) {
-    if (which != VIDEO_GET_LANGUAGE_3 && which != VIDEO_GET_LANGUAGE_5) return outOfRange("language query is " + either(VIDEO_GET_LANGUAGE_3, VIDEO_GET_LANGUAGE_5));
+    if (which != VIDEO_GET_LANGUAGE_3 && which != VIDEO_GET_LANGUAGE_5) {
+        return outOfRange("language query is " + either(VIDEO_GET_LANGUAGE_3, VIDEO_GET_LANGUAGE_5));
+    }
     auto answer = impl_->single(Impl::request(MSG_VIDEO, which), timeout);
     if (!answer) return answer.error();
     return textAt(*answer, FIRST_TEXT_OFFSET);
@@ -76,14 +78,18 @@ Result<void> ControlClient::setVideoText(const std::string& text, Timeout timeou
 }
 
 Result<void> ControlClient::setVideoFlag(std::int32_t which, bool flag, Timeout timeout) {
-    if (which != VIDEO_SET_FLAG_7 && which != VIDEO_SET_FLAG_8) return outOfRange("video flag is " + either(VIDEO_SET_FLAG_7, VIDEO_SET_FLAG_8));
+    if (which != VIDEO_SET_FLAG_7 && which != VIDEO_SET_FLAG_8) {
+        return outOfRange("video flag is " + either(VIDEO_SET_FLAG_7, VIDEO_SET_FLAG_8));
+    }
     message record = Impl::request(MSG_VIDEO, which);
     record.put<std::uint8_t>(VIDEO_FLAG_OFFSET, flag ? 1 : 0);
     return impl_->command(record, timeout);
 }
 
 Result<std::optional<std::int32_t>> ControlClient::videoRate(std::int32_t which, Timeout timeout) {
-    if (which < VIDEO_GET_RATE_9 || which > VIDEO_GET_RATE_16) return outOfRange("video rate query is " + range(VIDEO_GET_RATE_9, VIDEO_GET_RATE_16));
+    if (which < VIDEO_GET_RATE_9 || which > VIDEO_GET_RATE_16) {
+        return outOfRange("video rate query is " + range(VIDEO_GET_RATE_9, VIDEO_GET_RATE_16));
+    }
     auto answer = impl_->single(Impl::request(MSG_VIDEO, which), timeout);
     if (!answer) return answer.error();
     return Impl::valid(answer->get<std::int32_t>(VIDEO_RATE_OFFSET));

@@ -19,7 +19,7 @@ struct alignas(8) audio_data {
 };
 
 static_assert(sizeof(audio_data) == 16, "audio_data is 16 bytes");
-static_assert(TYPED_PAYLOAD_OFFSET + offsetof(audio_data, level) == AUDIO_LEVEL_OFFSET, "level at byte 16 of the record");
-static_assert(TYPED_PAYLOAD_OFFSET + offsetof(audio_data, mute) == AUDIO_MUTE_OFFSET, "mute at byte 16 of the record");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(audio_data, level) == AUDIO_LEVEL_OFFSET, "level at byte 16");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(audio_data, mute) == AUDIO_MUTE_OFFSET, "mute at byte 16");
 
 }  // namespace tessarine

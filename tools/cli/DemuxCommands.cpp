@@ -67,9 +67,9 @@ void addDemuxCommands(CLI::App& app, Context& c) {
                           : kind == "less"    ? tessarine::DEMUX_SET_LESS_THAN_FILTER
                                               : tessarine::DEMUX_SET_XOR_FILTER;
         const auto arguments = tessarine::protocol::findDemuxCommand(word)->arguments;
-        const auto wanted = static_cast<std::size_t>(std::count_if(arguments.begin(), arguments.end(), [](const auto& a) {
-            return a.kind == tessarine::protocol::DemuxArgumentKind::ByteString;
-        }));
+        const auto wanted = static_cast<std::size_t>(std::count_if(
+            arguments.begin(), arguments.end(),
+            [](const auto& a) { return a.kind == tessarine::protocol::DemuxArgumentKind::ByteString; }));
         std::vector<std::vector<std::uint8_t>> bytes(strings.size());
         for (std::size_t i = 0; i < strings.size(); ++i) {
             if (!parseHex(strings[i], bytes[i])) return c.usage("byte strings are pairs of hex digits");

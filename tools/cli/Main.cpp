@@ -10,8 +10,11 @@ int main(int argc, char** argv) {
         "Exit codes: 0 success, 2 usage or an argument the wire cannot carry, 3 not connected,\n"
         "4 timed out, 5 protocol error (connection lost or malformed answer).");
     app.require_subcommand(1);
-    app.add_option("--socket", context.socket, std::string("control socket path (default ") + tessarine::CONTROL_SOCKET_PATH + ")");
-    app.add_option("--socket-dir", context.socketDir, std::string("directory holding ") + tessarine::CONTROL_SOCKET_NAME + " and " + tessarine::DEMUX_SOCKET_NAME);
+    app.add_option("--socket", context.socket,
+                   std::string("control socket path (default ") + tessarine::CONTROL_SOCKET_PATH + ")");
+    app.add_option("--socket-dir", context.socketDir,
+                   std::string("directory holding ") + tessarine::CONTROL_SOCKET_NAME + " and " +
+                       tessarine::DEMUX_SOCKET_NAME);
     app.add_option("--timeout", context.timeoutMs, "time limit of each call in milliseconds")
         ->check(CLI::PositiveNumber);
     app.add_flag("--json", context.json, "print one JSON document per answer (one line per event in watch)");
