@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
   libdvbpsi-dev dvbpsi-utils libbitstream-dev ffmpeg
-  python3-matplotlib
+  python3-matplotlib python3-dev pybind11-dev python3-pytest
 )
 
 missing=()
