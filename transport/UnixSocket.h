@@ -8,15 +8,12 @@
 namespace tessarine {
 namespace unix_socket {
 
-// Longest path a socket address holds, leaving room for its NUL.
-constexpr int MAX_PATH_LENGTH = 107;
-
 // A Unix-domain stream socket (close-on-exec, so a host's child processes
 // never inherit it). Invalid, with "Can't create socket" on stderr, on failure.
 FileDescriptor create();
 
 // Removes a stale file at the path, binds the first `length` characters of
-// `path` and listens with a backlog of 1. Reports "Can't bind filename" or
+// `path` and listens with LISTEN_BACKLOG. Reports "Can't bind filename" or
 // "Can't listen socket" with the system's error text and returns false.
 bool bindAndListen(int fd, const std::string& path, std::size_t length);
 
