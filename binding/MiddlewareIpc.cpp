@@ -1,11 +1,13 @@
 #include "MiddlewareIpc.h"
 
 #include <cstring>
-#include <iostream>
 #include <mutex>
+#include <string>
 
 #include "binding/RecordConverter.h"
+#include "tessarine/IpcServerManager.h"
 #include "tessarine/TextField.h"
+#include "transport/Diagnostics.h"
 
 using namespace middlewarefacade;
 using tessarine::binding::toWire;
@@ -69,7 +71,7 @@ MiddlewareIpc::MiddlewareIpc(int width, int height) {
 }
 
 MiddlewareIpc::~MiddlewareIpc() {
-    std::cout << "deleting middleware ipc" << std::endl;
+    tessarine::Diagnostics::trace("deleting middleware ipc");
 
     if (tessarine::IpcServerManager* hub = hub_.load()) {
         // No new demux command reaches the adapter from here on; destroy()
@@ -155,9 +157,9 @@ void MiddlewareIpc::getMainVideoBounds(int& x, int& y, int& width, int& height) 
 }
 
 void MiddlewareIpc::updateGraphicsRegion(tessarine::video_region region) {
-    std::cout << " >>> graphics region update <<< " << std::endl;
-    std::cout << "region = {" << region.x << "," << region.y << "," << region.width << "," << region.height << "}"
-              << std::endl;
+    tessarine::Diagnostics::trace(" >>> graphics region update <<< ");
+    tessarine::Diagnostics::trace("region = {" + std::to_string(region.x) + "," + std::to_string(region.y) + "," +
+                                  std::to_string(region.width) + "," + std::to_string(region.height) + "}");
     if (VideoFacade* video = video_.load()) video->updateGraphicsRegion(region.x, region.y, region.width, region.height);
 }
 
@@ -215,10 +217,10 @@ std::list<int> MiddlewareIpc::getAllIDs(tessarine::tuner_data& data) {
     TunerFacade* tuner = tuner_.load();
     if (tuner == nullptr) return {};
     switch (data.code) {
-    case 1: return tuner->getIds1(data.parameter);
-    case 2: return tuner->getIds2();  // takes no parameter, even when one is sent
-    case 3: return tuner->getIds3(data.parameter);
-    case 4: return tuner->getIds4(data.parameter);
+    case tessarine::TUNER_IDS_1: return tuner->getIds1(data.parameter);
+    case tessarine::TUNER_IDS_2: return tuner->getIds2();  // takes no parameter, even when one is sent
+    case tessarine::TUNER_IDS_3: return tuner->getIds3(data.parameter);
+    case tessarine::TUNER_IDS_4: return tuner->getIds4(data.parameter);
     default: return {};
     }
 }

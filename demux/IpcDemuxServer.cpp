@@ -3,35 +3,16 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "demux/ClientWatch.h"
+#include "tessarine/protocol/DemuxCommands.h"
+#include "tessarine/protocol/Limits.h"
+#include "transport/Diagnostics.h"
 #include "transport/ThreadSupport.h"
 #include "transport/UnixSocket.h"
 
 namespace tessarine {
-
-namespace {
-
-enum Command : std::uint32_t {
-    START = 0,
-    STOP = 1,
-    SET_PID = 2,
-    SET_TABLE_ID = 3,
-    SET_POSITIVE_FILTER = 4,
-    SET_GREATER_THAN_FILTER = 5,
-    SET_LESS_THAN_FILTER = 6,
-    SET_XOR_FILTER = 7,
-    SET_TIME_OUT = 8,
-    CLEAR_TABLE_ID = 9,
-    CLEAR_POSITIVE_FILTER = 10,
-    CLEAR_LESS_THAN_FILTER = 11,
-    CLEAR_XOR_FILTER = 12,
-    READ_SECTION = 13,
-};
-
-}  // namespace
 
 IpcDemuxServer::IpcDemuxServer() : IpcDemuxServer(DEMUX_SOCKET_PATH) {}
 
@@ -103,54 +84,54 @@ bool IpcDemuxServer::receiveString(std::vector<unsigned char>& bytes) {
 
 bool IpcDemuxServer::handleCommand(std::int32_t word) {
     IpcDemuxServerListener* listener = listener_.load();
+    if (listener == nullptr || protocol::findDemuxCommand(word) == nullptr) return true;  // only the word is consumed
     const auto command = static_cast<std::uint32_t>(word);
-    if (listener == nullptr || command > READ_SECTION) return true;  // only the word is consumed
 
     switch (command) {
-    case START: listener->start(); break;
-    case STOP: listener->stop(); break;
-    case CLEAR_TABLE_ID: listener->clear_table_id(); break;
-    case CLEAR_POSITIVE_FILTER: listener->clear_positive_filter(); break;
-    case CLEAR_LESS_THAN_FILTER: listener->clear_less_than_filter(); break;
-    case CLEAR_XOR_FILTER: listener->clear_xor_filter(); break;
-    case SET_PID:
-    case SET_TABLE_ID: {
+    case DEMUX_START: listener->start(); break;
+    case DEMUX_STOP: listener->stop(); break;
+    case DEMUX_CLEAR_TABLE_ID: listener->clear_table_id(); break;
+    case DEMUX_CLEAR_POSITIVE_FILTER: listener->clear_positive_filter(); break;
+    case DEMUX_CLEAR_LESS_THAN_FILTER: listener->clear_less_than_filter(); break;
+    case DEMUX_CLEAR_XOR_FILTER: listener->clear_xor_filter(); break;
+    case DEMUX_SET_PID:
+    case DEMUX_SET_TABLE_ID: {
         // A value none of which arrives stays at its preset, and the closed
         // connection is noticed at the next command word; a value cut inside
         // is dropped with the connection.
         std::int32_t value = -1;
         if (!receiveValue(value)) return false;
-        if (command == SET_PID) listener->set_pid(value);
+        if (command == DEMUX_SET_PID) listener->set_pid(value);
         else listener->set_table_id(value);
         break;
     }
-    case SET_TIME_OUT: {
+    case DEMUX_SET_TIME_OUT: {
         std::int32_t value = 0;
         if (!receiveValue(value)) return false;
         listener->set_time_out(value);
         break;
     }
-    case SET_POSITIVE_FILTER:
-    case SET_GREATER_THAN_FILTER:
-    case SET_LESS_THAN_FILTER:
-    case SET_XOR_FILTER: {
+    case DEMUX_SET_POSITIVE_FILTER:
+    case DEMUX_SET_GREATER_THAN_FILTER:
+    case DEMUX_SET_LESS_THAN_FILTER:
+    case DEMUX_SET_XOR_FILTER: {
         std::int32_t value = 0;
         std::vector<unsigned char> first, second, third;
         // A command cut short or over-long is dropped and ends the connection.
         if (!receiveWord(value) || !receiveString(first) || !receiveString(second)) return false;
-        if (command == SET_XOR_FILTER) {
+        if (command == DEMUX_SET_XOR_FILTER) {
             if (!receiveString(third)) return false;
             listener->set_xor_filter(value, first, second, third);
-        } else if (command == SET_POSITIVE_FILTER) {
+        } else if (command == DEMUX_SET_POSITIVE_FILTER) {
             listener->set_positive_filter(value, first, second);
-        } else if (command == SET_GREATER_THAN_FILTER) {
+        } else if (command == DEMUX_SET_GREATER_THAN_FILTER) {
             listener->set_greater_than_filter(value, first, second);
         } else {
             listener->set_less_than_filter(value, first, second);
         }
         break;
     }
-    case READ_SECTION: {
+    case DEMUX_READ_SECTION: {
         // The client waits for an answer: a read that failed answers empty.
         std::vector<unsigned char> section;
         runGuarded("Demux command failed", [&] { section = listener->read_section(); });
@@ -173,7 +154,7 @@ bool IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
     if (sent == out.size()) return true;
     // One report, and the connection ends: the client's framing is lost, and
     // every further read would fail the same way.
-    std::perror(sent < sizeof length ? "Can't send size" : "Can't send data[i]");
+    Diagnostics::systemError(sent < sizeof length ? "Can't send size" : "Can't send data[i]");
     return false;
 }
 

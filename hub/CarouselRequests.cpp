@@ -6,17 +6,17 @@ namespace tessarine {
 
 void CarouselRequests::handle(message& record) const {
     switch (record.code) {
-        case 0:
+        case CAROUSEL_MOUNT:
             writeTextField(record, SECOND_TEXT_OFFSET, context_.hub.mountCarousel(readText(record, FIRST_TEXT_OFFSET)));
             context_.server.sendMessage(record);
             return;
-        case 1:
+        case CAROUSEL_UMOUNT:
             context_.hub.umountCarousel(readText(record, FIRST_TEXT_OFFSET));
             return;
-        case 3:
+        case CAROUSEL_ADD_LISTENER:
             context_.listeners.all([](IpcServerListener& listener) { listener.addCarouselListener(); });
             return;
-        case 4:
+        case CAROUSEL_REMOVE_LISTENER:
             context_.listeners.all([](IpcServerListener& listener) { listener.removeCarouselListener(); });
             return;
         default:

@@ -11,13 +11,6 @@ namespace tessarine {
 
 namespace {
 
-constexpr std::int32_t DOWNLOAD_COMPLETE = 2;
-constexpr std::int32_t END_OF_MEDIA = 16;
-constexpr std::size_t FIRST_RECTANGLE = 12, SECOND_RECTANGLE = 28;
-constexpr std::size_t HANDLE = 12;
-constexpr std::size_t DSMCC_VALUE = 16, DSMCC_BYTE = 24;
-constexpr std::size_t DSMCC_TEXT = 25, DSMCC_TEXT_SIZE = 1928;  // bytes 25-1952
-
 message clearedRecord(std::int32_t type, std::int32_t code) {
     message record;
     record.clear();
@@ -29,7 +22,7 @@ message clearedRecord(std::int32_t type, std::int32_t code) {
 }  // namespace
 
 bool IpcServerManager::downloadComplete(std::string first, std::string second) {
-    message record = clearedRecord(MSG_CAROUSEL, DOWNLOAD_COMPLETE);
+    message record = clearedRecord(MSG_CAROUSEL, CAROUSEL_DOWNLOAD_COMPLETE);
     writeTextField(record, FIRST_TEXT_OFFSET, first);
     writeTextField(record, SECOND_TEXT_OFFSET, second);
     return counted(server_->sendMessage(record));
@@ -37,24 +30,24 @@ bool IpcServerManager::downloadComplete(std::string first, std::string second) {
 
 bool IpcServerManager::changeGraphicsSettings(ipcutil::Rectangle_t first, ipcutil::Rectangle_t second) {
     message record = clearedRecord(MSG_VIDEO, VIDEO_GRAPHICS_SETTINGS);
-    record.put(FIRST_RECTANGLE, first);
-    record.put(SECOND_RECTANGLE, second);
+    record.put(GRAPHICS_FIRST_OFFSET, first);
+    record.put(GRAPHICS_SECOND_OFFSET, second);
     return counted(server_->sendMessage(record));
 }
 
 bool IpcServerManager::endOfMedia(int handle) {
-    message record = clearedRecord(MSG_MEDIA, END_OF_MEDIA);
-    record.put(HANDLE, handle);
+    message record = clearedRecord(MSG_MEDIA, MEDIA_END_OF_MEDIA);
+    record.put(END_OF_MEDIA_HANDLE_OFFSET, handle);
     return counted(server_->sendMessage(record));
 }
 
 bool IpcServerManager::sendDsmCCCommand(ipcutil::DsmCCCommand_t command) {
     message record = clearedRecord(MSG_DSMCC, command.commandCode);
-    record.put(DSMCC_VALUE, command.commandValue);
-    record.bytes()[DSMCC_BYTE] = command.commandByte;
+    record.put(DSMCC_VALUE_OFFSET, command.commandValue);
+    record.bytes()[DSMCC_BYTE_OFFSET] = command.commandByte;
     std::lock_guard<std::mutex> serial(dsmccLock_);
     AnswerStream records(*server_);
-    encodeChunkedText(records, record, DSMCC_TEXT, DSMCC_TEXT_SIZE, command.commandText);
+    encodeChunkedText(records, record, DSMCC_TEXT_OFFSET, DSMCC_TEXT_SIZE, command.commandText);
     return counted(records.finish());
 }
 

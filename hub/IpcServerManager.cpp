@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <iostream>
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -16,6 +15,9 @@
 #include "hub/SiRequests.h"
 #include "hub/TunerRequests.h"
 #include "hub/VideoRequests.h"
+#include "tessarine/protocol/RecordTypes.h"
+#include "tessarine/protocol/Sockets.h"
+#include "transport/Diagnostics.h"
 
 namespace tessarine {
 
@@ -26,12 +28,6 @@ namespace {
 // every fan-out.
 std::mutex listenerLock;
 std::atomic<IpcServerManager*> instance{nullptr};
-
-constexpr const char* DEFAULT_SOCKET_DIRECTORY = "/dev/shm";
-constexpr const char* CONTROL_SOCKET_NAME = "ipc.socket";
-constexpr const char* DEMUX_SOCKET_NAME = "ipcdemux.socket";
-constexpr std::size_t MAX_SOCKET_PATH = 107;  // a socket path holds 108 bytes with its NUL
-constexpr std::size_t RESULT_BYTE = 12;  // the answer byte of MSG_APP_STATE and MSG_VERSION
 
 std::string& directory() {
     static std::string path = DEFAULT_SOCKET_DIRECTORY;
@@ -78,7 +74,7 @@ void IpcServerManager::destroy() {
 bool IpcServerManager::setSocketDirectory(const std::string& dir) {
     std::lock_guard<std::mutex> lock(listenerLock);
     if (instance.load() != nullptr) return false;
-    if (socketPath(dir, DEMUX_SOCKET_NAME).size() > MAX_SOCKET_PATH) return false;  // the longer of the two
+    if (socketPath(dir, DEMUX_SOCKET_NAME).size() > MAX_SOCKET_PATH_LENGTH) return false;  // the longer of the two
     directory() = dir;
     return true;
 }
@@ -154,20 +150,27 @@ void IpcServerManager::clientDisconnected() {
 void IpcServerManager::update(std::list<message>) {}
 
 void IpcServerManager::update(message& record) {
-    const auto type = static_cast<std::uint32_t>(record.type);
-    if (type > MSG_VERSION || type == MSG_LIST_HEADER || type == MSG_DSMCC) {
-        std::cerr << "Unknown message: " << record.type << std::endl;
+    const protocol::RecordType* kind = protocol::findRecordType(record.type);
+    if (kind == nullptr || !kind->fromClient) {
+        Diagnostics::unknown(protocol::UNKNOWN_TYPE_REPORT, record.type);
         return;
     }
-    const HubContext context{*this, *server_, requestListeners()};
+    const protocol::Request* request = protocol::findRequest(record.type, record.code);
+    if (request == nullptr) {
+        if (kind->unknownCode == protocol::UnknownCode::Logged) {
+            Diagnostics::unknown(kind->unknownCodeReport, record.code);
+        }
+        return;
+    }
+    const HubContext context{*request, *this, *server_, requestListeners()};
     dispatch(context, record);
     if (context.largeAnswer) giveFreedMemoryBack();  // the handler has released its lists
 }
 
 void IpcServerManager::dispatch(const HubContext& context, message& record) {
-    switch (static_cast<std::uint32_t>(record.type)) {
+    switch (record.type) {
         case MSG_VIDEO: return VideoRequests(context).handleVideo(record);
-        case MSG_APP_STATE: return AppStateReply::answer(record.bytes()[RESULT_BYTE]);
+        case MSG_APP_STATE: return AppStateReply::answer(record.bytes()[RESULT_BYTE_OFFSET]);
         case MSG_PROPERTY: return PropertyRequests(context).handle(record);
         case MSG_AUDIO: return VideoRequests(context).handleAudio(record);
         case MSG_TUNER: return TunerRequests(context).handle(record);
@@ -175,7 +178,7 @@ void IpcServerManager::dispatch(const HubContext& context, message& record) {
         case MSG_SI: return SiRequests(context).handle(record);
         case MSG_MEDIA: return MediaRequests(context).handle(record);
         case MSG_VERSION:
-            record.bytes()[RESULT_BYTE] = static_cast<unsigned char>(checkVersionFlag(record.code));
+            record.bytes()[RESULT_BYTE_OFFSET] = static_cast<unsigned char>(checkVersionFlag(record.code));
             server_->sendMessage(record);
             return;
         default:

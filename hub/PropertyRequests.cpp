@@ -6,34 +6,29 @@
 
 namespace tessarine {
 
-namespace {
-
-constexpr std::size_t PROPERTY = 8;  // system_property overlays bytes 8-523
-
-}  // namespace
-
 void PropertyRequests::handle(message& record) const {
     switch (record.code) {
-        case 0:
+        case PROPERTY_GET:
             // The name stays in the first field; the value goes into the second.
             writeTextField(record, SECOND_TEXT_OFFSET,
                            context_.hub.getSystemProperty(readText(record, FIRST_TEXT_OFFSET)));
             context_.server.sendMessage(record);
             return;
-        case 1: {
+        case PROPERTY_LIST: {
             const auto properties = context_.hub.getSystemProperties();
             // Each item's 516 bytes cover bytes 8-523, its first word in place of `code`.
-            context_.sendList(record, record.code, properties,
-                              [](message& item, const system_property& property) { item.put(PROPERTY, property); });
+            context_.sendList(record, properties, [](message& item, const system_property& property) {
+                item.put(TYPED_PAYLOAD_OFFSET, property);
+            });
             return;
         }
-        case 2: {
-            auto property = record.get<system_property>(PROPERTY);
+        case PROPERTY_SET: {
+            auto property = record.get<system_property>(TYPED_PAYLOAD_OFFSET);
             context_.listeners.all([&](IpcServerListener& listener) { listener.setSystemProperty(property); });
-            record.put(PROPERTY, property);
+            record.put(TYPED_PAYLOAD_OFFSET, property);
             return;
         }
-        case 3: {
+        case PROPERTY_REMOVE: {
             const std::string name = readText(record, FIRST_TEXT_OFFSET);
             context_.listeners.all([&](IpcServerListener& listener) { listener.removeSystemProperty(name); });
             return;

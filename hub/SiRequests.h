@@ -17,9 +17,9 @@ private:
     void sendText(message& record, const std::string& text) const;
     void sendProgramEvents(message& record) const;
     void sendProgramEvent(message& record) const;
-    void sendDescriptors(message& record, std::int32_t itemCode, const std::list<descriptor>& descriptors) const;
+    void sendDescriptors(message& record, const std::list<descriptor>& descriptors) const;
     template <typename Item>
-    void sendItems(message& record, std::int32_t itemCode, const std::list<Item>& items) const;
+    void sendItems(message& record, const std::list<Item>& items) const;
     template <typename Item>
     void sendItem(message& record, const Item& item) const;
 

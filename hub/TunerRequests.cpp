@@ -4,25 +4,17 @@
 
 namespace tessarine {
 
-namespace {
-
-constexpr std::size_t TUNER_DATA = 8;
-constexpr std::size_t ID = 12;
-
-}  // namespace
-
 void TunerRequests::handle(message& record) const {
     if (record.code == TUNER_CURRENT_TS_ID) {
-        record.put(ID, context_.hub.getCurrentTransportStreamID());
+        record.put(TUNER_ID_OFFSET, context_.hub.getCurrentTransportStreamID());
         context_.server.sendMessage(record);
         return;
     }
-    auto data = record.get<tuner_data>(TUNER_DATA);
+    auto data = record.get<tuner_data>(TYPED_PAYLOAD_OFFSET);
     const auto ids = context_.hub.getAllIDs(data);
-    record.put(TUNER_DATA, data);
-    // The items keep the count as their code.
-    context_.sendList(record, static_cast<std::int32_t>(ids.size()), ids,
-                      [](message& item, int id) { item.put(ID, id); });
+    record.put(TYPED_PAYLOAD_OFFSET, data);
+    context_.sendList(record, ids,
+                      [](message& item, int id) { item.put(TUNER_ID_OFFSET, id); });
 }
 
 }  // namespace tessarine

@@ -6,13 +6,6 @@
 
 namespace tessarine {
 
-namespace {
-
-constexpr std::size_t PAYLOAD = 8;  // typed payloads overlay the record from `code` on
-constexpr std::size_t BOUNDS = 12;  // x, y, width, height; also the rate's place
-
-}  // namespace
-
 void VideoRequests::handleVideo(message& record) const {
     const auto code = static_cast<std::uint32_t>(record.code);
     switch (code) {
@@ -26,9 +19,9 @@ void VideoRequests::handleVideo(message& record) const {
             return;
         case VIDEO_GET_BOUNDS: {
             // The request's own values are where the listeners start from.
-            auto bounds = record.get<video_region>(BOUNDS);
+            auto bounds = record.get<video_region>(VIDEO_BOUNDS_OFFSET);
             context_.hub.getMainVideoBounds(bounds.x, bounds.y, bounds.width, bounds.height);
-            record.put(BOUNDS, bounds);
+            record.put(VIDEO_BOUNDS_OFFSET, bounds);
             context_.server.sendMessage(record);
             return;
         }
@@ -39,21 +32,20 @@ void VideoRequests::handleVideo(message& record) const {
             return;
         case VIDEO_GET_LANGUAGES: {
             const auto languages = context_.hub.getVideoLanguages();
-            // The items keep the count as their code.
-            context_.sendList(record, static_cast<std::int32_t>(languages.size()), languages,
+            context_.sendList(record, languages,
                               [](message& item, const std::string& language) {
                                   writeTextField(item, FIRST_TEXT_OFFSET, language);
                               });
             return;
         }
         case VIDEO_UPDATE_REGION: {
-            const auto region = record.get<video_region>(BOUNDS);
+            const auto region = record.get<video_region>(VIDEO_BOUNDS_OFFSET);
             context_.listeners.all([&](IpcServerListener& listener) { listener.updateGraphicsRegion(region); });
             return;
         }
         default:
             if (code >= VIDEO_GET_RATE_9 && code <= VIDEO_GET_RATE_16) {
-                record.put(BOUNDS, context_.hub.getVideoRate(static_cast<command>(code)));
+                record.put(VIDEO_RATE_OFFSET, context_.hub.getVideoRate(static_cast<command>(code)));
                 context_.server.sendMessage(record);
             }
             return;  // codes above 18 (negative ones too) are ignored
@@ -61,14 +53,14 @@ void VideoRequests::handleVideo(message& record) const {
 }
 
 void VideoRequests::setVideoProperty(message& record) const {
-    auto data = record.get<video_data>(PAYLOAD);
+    auto data = record.get<video_data>(TYPED_PAYLOAD_OFFSET);
     context_.listeners.all([&](IpcServerListener& listener) { listener.setVideoProperty(data); });
-    record.put(PAYLOAD, data);
+    record.put(TYPED_PAYLOAD_OFFSET, data);
 }
 
 void VideoRequests::handleAudio(message& record) const {
     // The selector is the listeners' business: every code is passed on.
-    const auto data = record.get<audio_data>(PAYLOAD);
+    const auto data = record.get<audio_data>(TYPED_PAYLOAD_OFFSET);
     context_.listeners.all([&](IpcServerListener& listener) { listener.setVideoAudio(data); });
 }
 

@@ -22,12 +22,19 @@
 #include "tessarine/Export.h"
 #include "tessarine/IpcDemuxServerListener.h"
 #include "tessarine/IpcServerListener.h"
-#include "tessarine/IpcServerManager.h"
+
+namespace tessarine {
+class IpcServerManager;
+}
 
 // The one class through which the host middleware uses the bridge. Its
 // single instance brings up both sockets and serves the application from
 // the host's facades. The host deletes it with plain `delete`.
-class MiddlewareIpc final : public tessarine::IpcServerListener,
+//
+// The library exports the five host entry points marked below and the
+// class's type information (which a host built with -fsanitize=vptr needs);
+// the listener operations stay inside it (cmake/tessarine.map).
+class TESSARINE_API MiddlewareIpc final : public tessarine::IpcServerListener,
                             public middlewarefacade::CarouselListener,
                             public tessarine::IpcDemuxServerListener,
                             public middlewarefacade::GraphicsSettingsListener,

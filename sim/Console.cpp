@@ -102,7 +102,8 @@ bool Console::execute(const std::string& line) {
             ipcutil::DsmCCCommand_t event{int32(words[1], "CODE"),
                                           number(words[2], "VALUE", std::numeric_limits<std::int64_t>::min(),
                                                  std::numeric_limits<std::int64_t>::max()),
-                                          static_cast<unsigned char>(number(words[3], "BYTE", 0, 255)),
+                                          static_cast<unsigned char>(
+                                              number(words[3], "BYTE", 0, std::numeric_limits<unsigned char>::max())),
                                           {}};
             // The text is the rest of the line, blanks included.
             std::size_t at = 0;

@@ -6,6 +6,8 @@
 #include <ostream>
 #include <string>
 
+#include "tessarine/protocol/Codes.h"
+
 namespace tessarine {
 namespace sim {
 

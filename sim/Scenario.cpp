@@ -463,7 +463,8 @@ void readTimeline(Reader& r, const Json& root, Scenario& scenario) {
                                                        std::numeric_limits<std::int64_t>::max(), "a 64-bit integer");
             });
             r.member(e, ep, "byte", false, [&](const Json& x, const std::string& xp) {
-                event.command.commandByte = static_cast<unsigned char>(r.integer(x, xp, 0, 255, "a byte"));
+                event.command.commandByte = static_cast<unsigned char>(
+                    r.integer(x, xp, 0, std::numeric_limits<unsigned char>::max(), "a byte"));
             });
             scenario.streamEvents.push_back(event);
         });

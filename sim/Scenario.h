@@ -12,6 +12,7 @@
 #include "ipcutil/Rectangle_t.h"
 #include "middlewarefacade/Property_.h"
 #include "middlewarefacade/Records.h"
+#include "tessarine/protocol/Codes.h"
 
 namespace tessarine {
 namespace sim {
@@ -57,7 +58,7 @@ struct VideoSettings {
     std::string language5;
     std::list<std::string> languages;
     // Answers of the rate queries 9 to 16, in that order.
-    std::array<int, 8> rates{{-1, -1, -1, -1, -1, -1, -1, -1}};
+    std::array<int, VIDEO_GET_RATE_16 - VIDEO_GET_RATE_9 + 1> rates{{-1, -1, -1, -1, -1, -1, -1, -1}};
     std::array<ipcutil::Rectangle_t, 2> cropValues{{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}}};
 };
 

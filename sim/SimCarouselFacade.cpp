@@ -10,7 +10,7 @@ namespace sim {
 std::string SimCarouselFacade::mount(std::string name) {
     auto carousel = std::find_if(carousels_.begin(), carousels_.end(), [&](const auto& c) { return c.name == name; });
     if (carousel == carousels_.end()) {
-        log_.request(Family::Carousel, 0, "mount " + quoted(name) + " -> unknown carousel");
+        log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> unknown carousel");
         return {};
     }
     unsigned generation;
@@ -24,7 +24,7 @@ std::string SimCarouselFacade::mount(std::string name) {
     for (const auto& download : carousel->downloads)
         scheduler_.after(std::chrono::duration<double>(download.after),
                          [this, name, generation, download] { this->download(name, generation, download); }, group);
-    log_.request(Family::Carousel, 0, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
+    log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
     return carousel->mountAnswer;
 }
 
@@ -36,7 +36,7 @@ void SimCarouselFacade::umount(std::string name) {
             downloadTasks(name);
         }
     }
-    log_.request(Family::Carousel, 1, "unmount " + quoted(name));
+    log_.request(Family::Carousel, CAROUSEL_UMOUNT, "unmount " + quoted(name));
 }
 
 Scheduler::Group SimCarouselFacade::downloadTasks(const std::string& name) {
@@ -51,7 +51,7 @@ void SimCarouselFacade::addCarouselListener(middlewarefacade::CarouselListener* 
         std::lock_guard<std::mutex> lock(mutex_);
         listeners_.insert(listener);
     }
-    log_.request(Family::Carousel, 3, "add listener");
+    log_.request(Family::Carousel, CAROUSEL_ADD_LISTENER, "add listener");
 }
 
 void SimCarouselFacade::removeCarouselListener(middlewarefacade::CarouselListener* listener) {
@@ -59,7 +59,7 @@ void SimCarouselFacade::removeCarouselListener(middlewarefacade::CarouselListene
         std::lock_guard<std::mutex> lock(mutex_);
         listeners_.erase(listener);
     }
-    log_.request(Family::Carousel, 4, "remove listener");
+    log_.request(Family::Carousel, CAROUSEL_REMOVE_LISTENER, "remove listener");
 }
 
 void SimCarouselFacade::download(const std::string& name, unsigned generation,
@@ -79,7 +79,7 @@ Delivery SimCarouselFacade::notifyDownload(const std::string& first, const std::
         listeners = listeners_;
     }
     if (listeners.empty()) return Delivery::NoListener;
-    return gate_.pass("download " + quoted(first), Family::Carousel, 2,
+    return gate_.pass("download " + quoted(first), Family::Carousel, CAROUSEL_DOWNLOAD_COMPLETE,
                       "download complete " + quoted(first) + " " + quoted(second), [&] {
                           for (auto* listener : listeners) {
                               if (second.empty())

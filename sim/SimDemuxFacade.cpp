@@ -27,14 +27,14 @@ void SimDemuxFacade::setSource(std::unique_ptr<SectionSource> source) {
 }
 
 void SimDemuxFacade::start() {
-    log_.request(Family::Demux, 0, "start");
+    log_.request(Family::Demux, DEMUX_START, "start");
     if (stream_) return stream_->start();
     std::lock_guard<std::mutex> lock(mutex_);
     started_ = true;
 }
 
 void SimDemuxFacade::stop() {
-    log_.request(Family::Demux, 1, "stop");
+    log_.request(Family::Demux, DEMUX_STOP, "stop");
     if (stream_) return stream_->stop();
     std::lock_guard<std::mutex> lock(mutex_);
     started_ = false;
@@ -42,7 +42,7 @@ void SimDemuxFacade::stop() {
 
 void SimDemuxFacade::set_pid(int pid) {
     const bool usable = pid >= 0 && pid <= MAX_PID;
-    log_.request(Family::Demux, 2, "pid " + std::to_string(pid) + (usable ? "" : IGNORED));
+    log_.request(Family::Demux, DEMUX_SET_PID, "pid " + std::to_string(pid) + (usable ? "" : IGNORED));
     if (!usable) return;
     if (stream_) return stream_->set_pid(pid);
     std::lock_guard<std::mutex> lock(mutex_);
@@ -51,7 +51,7 @@ void SimDemuxFacade::set_pid(int pid) {
 
 void SimDemuxFacade::set_table_id(int tableId) {
     const bool usable = tableId >= 0 && tableId <= MAX_TABLE_ID;
-    log_.request(Family::Demux, 3, "table id " + std::to_string(tableId) + (usable ? "" : IGNORED));
+    log_.request(Family::Demux, DEMUX_SET_TABLE_ID, "table id " + std::to_string(tableId) + (usable ? "" : IGNORED));
     if (!usable) return;
     if (stream_) return stream_->set_table_id(tableId);
     std::lock_guard<std::mutex> lock(mutex_);
@@ -60,52 +60,52 @@ void SimDemuxFacade::set_table_id(int tableId) {
 
 void SimDemuxFacade::set_positive_filter(int value, const std::vector<unsigned char>& first,
                                          const std::vector<unsigned char>& second) {
-    log_.request(Family::Demux, 4, "positive " + filterText(value, first, second));
+    log_.request(Family::Demux, DEMUX_SET_POSITIVE_FILTER, "positive " + filterText(value, first, second));
     if (stream_) stream_->set_positive_filter(value, first, second);
 }
 
 void SimDemuxFacade::set_greater_than_filter(int value, const std::vector<unsigned char>& first,
                                              const std::vector<unsigned char>& second) {
-    log_.request(Family::Demux, 5, "greater-than " + filterText(value, first, second));
+    log_.request(Family::Demux, DEMUX_SET_GREATER_THAN_FILTER, "greater-than " + filterText(value, first, second));
     if (stream_) stream_->set_greater_than_filter(value, first, second);
 }
 
 void SimDemuxFacade::set_less_than_filter(int value, const std::vector<unsigned char>& first,
                                           const std::vector<unsigned char>& second) {
-    log_.request(Family::Demux, 6, "less-than " + filterText(value, first, second));
+    log_.request(Family::Demux, DEMUX_SET_LESS_THAN_FILTER, "less-than " + filterText(value, first, second));
     if (stream_) stream_->set_less_than_filter(value, first, second);
 }
 
 void SimDemuxFacade::set_xor_filter(int value, const std::vector<unsigned char>& first,
                                     const std::vector<unsigned char>& second, const std::vector<unsigned char>& third) {
-    log_.request(Family::Demux, 7, "xor " + filterText(value, first, second) + ", " + bytesText(third));
+    log_.request(Family::Demux, DEMUX_SET_XOR_FILTER, "xor " + filterText(value, first, second) + ", " + bytesText(third));
     if (stream_) stream_->set_xor_filter(value, first, second, third);
 }
 
 void SimDemuxFacade::set_time_out(long timeout) {
-    log_.request(Family::Demux, 8, "time-out " + std::to_string(timeout) + (timeout > 0 ? "" : IGNORED));
+    log_.request(Family::Demux, DEMUX_SET_TIME_OUT, "time-out " + std::to_string(timeout) + (timeout > 0 ? "" : IGNORED));
     if (stream_ && timeout > 0) stream_->set_time_out(timeout);
 }
 
 void SimDemuxFacade::clear_table_id() {
-    log_.request(Family::Demux, 9, "clear table id");
+    log_.request(Family::Demux, DEMUX_CLEAR_TABLE_ID, "clear table id");
     if (stream_) return stream_->clear_table_id();
     std::lock_guard<std::mutex> lock(mutex_);
     filter_.tableId.reset();
 }
 
 void SimDemuxFacade::clear_positive_filter() {
-    log_.request(Family::Demux, 10, "clear positive filter");
+    log_.request(Family::Demux, DEMUX_CLEAR_POSITIVE_FILTER, "clear positive filter");
     if (stream_) stream_->clear_positive_filter();
 }
 
 void SimDemuxFacade::clear_less_than_filter() {
-    log_.request(Family::Demux, 11, "clear less-than filter");
+    log_.request(Family::Demux, DEMUX_CLEAR_LESS_THAN_FILTER, "clear less-than filter");
     if (stream_) stream_->clear_less_than_filter();
 }
 
 void SimDemuxFacade::clear_xor_filter() {
-    log_.request(Family::Demux, 12, "clear xor filter");
+    log_.request(Family::Demux, DEMUX_CLEAR_XOR_FILTER, "clear xor filter");
     if (stream_) stream_->clear_xor_filter();
 }
 
@@ -131,7 +131,7 @@ std::vector<unsigned char> SimDemuxFacade::read_section() {
         std::lock_guard<std::mutex> lock(mutex_);
         if (started_ && source_) section = source_->next(filter_);
     }
-    log_.request(Family::Demux, 13, "read section -> " + bytesText(section));
+    log_.request(Family::Demux, DEMUX_READ_SECTION, "read section -> " + bytesText(section));
     return section;
 }
 

@@ -119,8 +119,8 @@ int SimHost::run(const SimOptions& options) {
         socketFiles.release();
         return badInput(socketProblems);
     }
-    std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/ipc.socket and "
-              << IpcServerManager::socketDirectory() << "/ipcdemux.socket from the " << source
+    std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/" << CONTROL_SOCKET_NAME << " and "
+              << IpcServerManager::socketDirectory() << "/" << DEMUX_SOCKET_NAME << " from the " << source
               << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;
 
     std::atomic<bool> stop{false};

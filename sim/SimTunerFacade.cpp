@@ -6,7 +6,7 @@ namespace tessarine {
 namespace sim {
 
 int SimTunerFacade::getCurrentTransportStreamID() {
-    log_.request(Family::Tuner, 0, "transport stream id -> " + std::to_string(settings_.currentTransportStreamId));
+    log_.request(Family::Tuner, TUNER_CURRENT_TS_ID, "transport stream id -> " + std::to_string(settings_.currentTransportStreamId));
     return settings_.currentTransportStreamId;
 }
 

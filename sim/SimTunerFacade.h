@@ -13,12 +13,12 @@ public:
     SimTunerFacade(TunerSettings settings, RequestLog& log) : settings_(std::move(settings)), log_(log) {}
 
     int getCurrentTransportStreamID() override;
-    std::list<int> getIds2() override { return ids(2, 0); }
-    std::list<int> getIds1(int parameter) override { return ids(1, parameter); }
+    std::list<int> getIds2() override { return ids(TUNER_IDS_2, 0); }
+    std::list<int> getIds1(int parameter) override { return ids(TUNER_IDS_1, parameter); }
     std::string getChannelName(int first, int second) override;
     int getVirtualChannelNumber(int first, int second) override;
-    std::list<int> getIds3(int parameter) override { return ids(3, parameter); }
-    std::list<int> getIds4(int parameter) override { return ids(4, parameter); }
+    std::list<int> getIds3(int parameter) override { return ids(TUNER_IDS_3, parameter); }
+    std::list<int> getIds4(int parameter) override { return ids(TUNER_IDS_4, parameter); }
     void reserved7() override {}
     void release() override {}
 

@@ -27,7 +27,7 @@ void SimVideoFacade::setMainVideoBounds(int x, int y, int width, int height) {
         std::lock_guard<std::mutex> lock(mutex_);
         bounds_ = {x, y, width, height};
     }
-    log_.request(Family::Video, 0, "set bounds " + rectText({x, y, width, height}));
+    log_.request(Family::Video, VIDEO_SET_BOUNDS, "set bounds " + rectText({x, y, width, height}));
 }
 
 void SimVideoFacade::getMainVideoBounds(int& x, int& y, int& width, int& height) {
@@ -40,50 +40,50 @@ void SimVideoFacade::getMainVideoBounds(int& x, int& y, int& width, int& height)
     y = bounds.y;
     width = bounds.width;
     height = bounds.height;
-    log_.request(Family::Video, 1, "bounds -> " + rectText(bounds));
+    log_.request(Family::Video, VIDEO_GET_BOUNDS, "bounds -> " + rectText(bounds));
 }
 
 std::string SimVideoFacade::getLanguage3() {
-    log_.request(Family::Video, 3, "language -> " + quoted(settings_.language3));
+    log_.request(Family::Video, VIDEO_GET_LANGUAGE_3, "language -> " + quoted(settings_.language3));
     return settings_.language3;
 }
 
 std::list<std::string> SimVideoFacade::getLanguages() {
-    log_.request(Family::Video, 4, "languages -> " + countText(settings_.languages, "languages"));
+    log_.request(Family::Video, VIDEO_GET_LANGUAGES, "languages -> " + countText(settings_.languages, "languages"));
     return settings_.languages;
 }
 
 std::string SimVideoFacade::getLanguage5() {
-    log_.request(Family::Video, 5, "language -> " + quoted(settings_.language5));
+    log_.request(Family::Video, VIDEO_GET_LANGUAGE_5, "language -> " + quoted(settings_.language5));
     return settings_.language5;
 }
 
 void SimVideoFacade::setText6(std::string text) {
-    log_.request(Family::Video, 6, "text " + quoted(text));
+    log_.request(Family::Video, VIDEO_SET_TEXT_6, "text " + quoted(text));
     std::lock_guard<std::mutex> lock(mutex_);
     text6_ = std::move(text);
 }
 
 void SimVideoFacade::setFlag7(bool flag) {
-    log_.request(Family::Video, 7, std::string("flag ") + (flag ? "on" : "off"));
+    log_.request(Family::Video, VIDEO_SET_FLAG_7, std::string("flag ") + (flag ? "on" : "off"));
     std::lock_guard<std::mutex> lock(mutex_);
     flag7_ = flag;
 }
 
 void SimVideoFacade::setFlag8(bool flag) {
-    log_.request(Family::Video, 8, std::string("flag ") + (flag ? "on" : "off"));
+    log_.request(Family::Video, VIDEO_SET_FLAG_8, std::string("flag ") + (flag ? "on" : "off"));
     std::lock_guard<std::mutex> lock(mutex_);
     flag8_ = flag;
 }
 
 int SimVideoFacade::rate(int command) {
-    const int value = settings_.rates[static_cast<std::size_t>(command - 9)];
+    const int value = settings_.rates[static_cast<std::size_t>(command - VIDEO_GET_RATE_9)];
     log_.request(Family::Video, command, "rate -> " + std::to_string(value));
     return value;
 }
 
 void SimVideoFacade::reset() {
-    log_.request(Family::Video, 2, "reset");
+    log_.request(Family::Video, VIDEO_RESET, "reset");
     std::lock_guard<std::mutex> lock(mutex_);
     bounds_ = settings_.bounds;
     audio_ = Audio{};
@@ -96,7 +96,7 @@ void SimVideoFacade::setLevel(Level level, int code, double value) {
 }
 
 void SimVideoFacade::setMute(bool mute) {
-    log_.request(Family::Audio, 4, mute ? "mute" : "unmute");
+    log_.request(Family::Audio, AUDIO_MUTE, mute ? "mute" : "unmute");
     std::lock_guard<std::mutex> lock(mutex_);
     audio_.mute = mute;
 }
@@ -117,7 +117,7 @@ void SimVideoFacade::getInitCropValue(ipcutil::Rectangle_t* first, ipcutil::Rect
 }
 
 void SimVideoFacade::updateGraphicsRegion(int x, int y, int width, int height) {
-    log_.request(Family::Video, 18, "graphics region " + rectText({x, y, width, height}));
+    log_.request(Family::Video, VIDEO_UPDATE_REGION, "graphics region " + rectText({x, y, width, height}));
     std::lock_guard<std::mutex> lock(mutex_);
     region_ = {x, y, width, height};
 }
@@ -129,7 +129,7 @@ Delivery SimVideoFacade::changeGraphics(ipcutil::Rectangle_t first, ipcutil::Rec
         listeners = graphicsListeners_;
     }
     if (listeners.empty()) return Delivery::NoListener;
-    return gate_.pass("graphics settings change", Family::Video, 17,
+    return gate_.pass("graphics settings change", Family::Video, VIDEO_GRAPHICS_SETTINGS,
                       "graphics settings " + rectText(first) + " " + rectText(second),
                       [&] { for (auto* listener : listeners) listener->graphicsSettingsChanged(first, second); });
 }
@@ -151,7 +151,7 @@ int SimVideoFacade::positionOf(const Player& player) const {
 bool SimVideoFacade::open(std::string locator, int& handle) {
     auto item = std::find_if(media_.begin(), media_.end(), [&](const MediaItem& m) { return m.locator == locator; });
     if (item == media_.end()) {
-        log_.request(Family::Media, 0, "open " + quoted(locator) + " -> unknown locator");
+        log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> unknown locator");
         return false;
     }
     {
@@ -162,7 +162,7 @@ bool SimVideoFacade::open(std::string locator, int& handle) {
         player.duration = item->duration;
         player.endTask = scheduler_.newGroup();
     }
-    log_.request(Family::Media, 0, "open " + quoted(locator) + " -> handle " + std::to_string(handle));
+    log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> handle " + std::to_string(handle));
     return true;
 }
 
@@ -172,7 +172,7 @@ int SimVideoFacade::getDuration(int handle) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) result = player->duration;
     }
-    log_.request(Family::Media, 1, "handle " + std::to_string(handle) + " duration -> " + std::to_string(result));
+    log_.request(Family::Media, MEDIA_GET_DURATION, "handle " + std::to_string(handle) + " duration -> " + std::to_string(result));
     return result;
 }
 
@@ -182,7 +182,7 @@ int SimVideoFacade::getCurrentTime(int handle) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) result = positionOf(*player);
     }
-    log_.request(Family::Media, 2, "handle " + std::to_string(handle) + " time -> " + std::to_string(result));
+    log_.request(Family::Media, MEDIA_GET_CURRENT_TIME, "handle " + std::to_string(handle) + " time -> " + std::to_string(result));
     return result;
 }
 
@@ -198,7 +198,7 @@ int SimVideoFacade::setCurrentTime(int handle, int first, int second) {
             result = player->position;
         }
     }
-    log_.request(Family::Media, 3,
+    log_.request(Family::Media, MEDIA_SET_CURRENT_TIME,
                  "handle " + std::to_string(handle) + " set time " + std::to_string(first) + " (" +
                      std::to_string(second) + ") -> " + std::to_string(result));
     return result;
@@ -213,7 +213,7 @@ void SimVideoFacade::addMediaListener(int handle, middlewarefacade::MediaListene
             player->listeners.insert(listener);  // a repeated registration counts once
         }
     }
-    log_.request(Family::Media, 4, "handle " + std::to_string(handle) + " listen" + (known ? "" : ": unknown handle"));
+    log_.request(Family::Media, MEDIA_ADD_LISTENER, "handle " + std::to_string(handle) + " listen" + (known ? "" : ": unknown handle"));
 }
 
 bool SimVideoFacade::play(int handle) {
@@ -231,7 +231,7 @@ bool SimVideoFacade::play(int handle) {
             result = true;
         }
     }
-    log_.request(Family::Media, 5, "handle " + std::to_string(handle) + " play -> " + (result ? "playing" : "failed"));
+    log_.request(Family::Media, MEDIA_PLAY, "handle " + std::to_string(handle) + " play -> " + (result ? "playing" : "failed"));
     return result;
 }
 
@@ -244,7 +244,7 @@ void SimVideoFacade::stop(int handle) {
             cancelEnd(*player);
         }
     }
-    log_.request(Family::Media, 7, "handle " + std::to_string(handle) + " stop");
+    log_.request(Family::Media, MEDIA_STOP, "handle " + std::to_string(handle) + " stop");
 }
 
 void SimVideoFacade::close(int handle) {
@@ -253,7 +253,7 @@ void SimVideoFacade::close(int handle) {
         if (Player* player = find(handle)) cancelEnd(*player);
         players_.erase(handle);
     }
-    log_.request(Family::Media, 6, "handle " + std::to_string(handle) + " close");
+    log_.request(Family::Media, MEDIA_CLOSE, "handle " + std::to_string(handle) + " close");
 }
 
 int SimVideoFacade::setMediaBounds(int handle, int x, int y, int width, int height) {
@@ -265,7 +265,7 @@ int SimVideoFacade::setMediaBounds(int handle, int x, int y, int width, int heig
             result = 0;
         }
     }
-    log_.request(Family::Media, 8,
+    log_.request(Family::Media, MEDIA_SET_BOUNDS,
                  "handle " + std::to_string(handle) + " set bounds " + rectText({x, y, width, height}) + " -> " +
                      std::to_string(result));
     return result;
@@ -283,7 +283,7 @@ void SimVideoFacade::getMediaBounds(int handle, int& x, int& y, int& width, int&
             answer = rectText(player->bounds);
         }
     }
-    log_.request(Family::Media, 9, "handle " + std::to_string(handle) + " bounds -> " + answer);
+    log_.request(Family::Media, MEDIA_GET_BOUNDS, "handle " + std::to_string(handle) + " bounds -> " + answer);
 }
 
 void SimVideoFacade::setMediaFreeze(int handle, bool freeze) {
@@ -291,7 +291,7 @@ void SimVideoFacade::setMediaFreeze(int handle, bool freeze) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) player->freeze = freeze;
     }
-    log_.request(Family::Media, 10, "handle " + std::to_string(handle) + (freeze ? " freeze" : " unfreeze"));
+    log_.request(Family::Media, MEDIA_SET_FREEZE, "handle " + std::to_string(handle) + (freeze ? " freeze" : " unfreeze"));
 }
 
 void SimVideoFacade::setMediaLevel(int handle, Level level, int code, double value) {
@@ -307,7 +307,7 @@ void SimVideoFacade::setMediaMute(int handle, bool mute) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) player->audio.mute = mute;
     }
-    log_.request(Family::Media, 13, "handle " + std::to_string(handle) + (mute ? " mute" : " unmute"));
+    log_.request(Family::Media, MEDIA_SET_MUTE, "handle " + std::to_string(handle) + (mute ? " mute" : " unmute"));
 }
 
 void SimVideoFacade::cancelEnd(Player& player) {
@@ -355,7 +355,7 @@ void SimVideoFacade::deliverEnd(int handle, const std::set<middlewarefacade::Med
         log_.note("end of media for handle " + std::to_string(handle) + ": no listener");
         return;
     }
-    gate_.pass("end of media for handle " + std::to_string(handle), Family::Media, 16,
+    gate_.pass("end of media for handle " + std::to_string(handle), Family::Media, MEDIA_END_OF_MEDIA,
                "end of media, handle " + std::to_string(handle),
                [&] { for (auto* listener : listeners) listener->endOfMedia(handle); });
 }

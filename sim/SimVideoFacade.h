@@ -51,25 +51,25 @@ public:
     void setFlag7(bool flag) override;
     void setMediaFreeze(int handle, bool freeze) override;
     void setFlag8(bool flag) override;
-    int getRate9() override { return rate(9); }
-    int getRate10() override { return rate(10); }
-    int getRate11() override { return rate(11); }
-    int getRate12() override { return rate(12); }
-    int getRate13() override { return rate(13); }
-    int getRate14() override { return rate(14); }
-    int getRate15() override { return rate(15); }
-    int getRate16() override { return rate(16); }
+    int getRate9() override { return rate(VIDEO_GET_RATE_9); }
+    int getRate10() override { return rate(VIDEO_GET_RATE_10); }
+    int getRate11() override { return rate(VIDEO_GET_RATE_11); }
+    int getRate12() override { return rate(VIDEO_GET_RATE_12); }
+    int getRate13() override { return rate(VIDEO_GET_RATE_13); }
+    int getRate14() override { return rate(VIDEO_GET_RATE_14); }
+    int getRate15() override { return rate(VIDEO_GET_RATE_15); }
+    int getRate16() override { return rate(VIDEO_GET_RATE_16); }
     void reset() override;
-    void setBalanceLevel(double level) override { setLevel(BALANCE, 1, level); }
-    void setMediaBalanceLevel(int handle, double level) override { setMediaLevel(handle, BALANCE, 11, level); }
-    void setSoundLevel(double level) override { setLevel(SOUND, 0, level); }
-    void setMediaSoundLevel(int handle, double level) override { setMediaLevel(handle, SOUND, 12, level); }
+    void setBalanceLevel(double level) override { setLevel(BALANCE, AUDIO_BALANCE_LEVEL, level); }
+    void setMediaBalanceLevel(int handle, double level) override { setMediaLevel(handle, BALANCE, MEDIA_SET_BALANCE_LEVEL, level); }
+    void setSoundLevel(double level) override { setLevel(SOUND, AUDIO_SOUND_LEVEL, level); }
+    void setMediaSoundLevel(int handle, double level) override { setMediaLevel(handle, SOUND, MEDIA_SET_SOUND_LEVEL, level); }
     void setMute(bool mute) override;
     void setMediaMute(int handle, bool mute) override;
-    void setBassLevel(double level) override { setLevel(BASS, 2, level); }
-    void setMediaBassLevel(int handle, double level) override { setMediaLevel(handle, BASS, 14, level); }
-    void setTrebleLevel(double level) override { setLevel(TREBLE, 3, level); }
-    void setMediaTrebleLevel(int handle, double level) override { setMediaLevel(handle, TREBLE, 15, level); }
+    void setBassLevel(double level) override { setLevel(BASS, AUDIO_BASS_LEVEL, level); }
+    void setMediaBassLevel(int handle, double level) override { setMediaLevel(handle, BASS, MEDIA_SET_BASS_LEVEL, level); }
+    void setTrebleLevel(double level) override { setLevel(TREBLE, AUDIO_TREBLE_LEVEL, level); }
+    void setMediaTrebleLevel(int handle, double level) override { setMediaLevel(handle, TREBLE, MEDIA_SET_TREBLE_LEVEL, level); }
     void addGraphicsSettingsListener(middlewarefacade::GraphicsSettingsListener* listener) override;
     void removeGraphicsSettingsListener(middlewarefacade::GraphicsSettingsListener* listener) override;
     void getInitCropValue(ipcutil::Rectangle_t* first, ipcutil::Rectangle_t* second) override;

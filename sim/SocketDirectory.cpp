@@ -8,13 +8,15 @@
 #include <cerrno>
 #include <cstring>
 
+#include "tessarine/protocol/Sockets.h"
+
 namespace tessarine {
 namespace sim {
 
 namespace {
 
 // The names the bridge gives its sockets in the directory.
-constexpr const char* SOCKET_NAMES[] = {"ipc.socket", "ipcdemux.socket"};
+constexpr const char* SOCKET_NAMES[] = {CONTROL_SOCKET_NAME, DEMUX_SOCKET_NAME};
 
 enum class Peer { Live, Stale, Unknown };
 

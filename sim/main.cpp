@@ -1,13 +1,15 @@
 #include <CLI/CLI.hpp>
 
 #include "sim/SimHost.h"
+#include "tessarine/protocol/Sockets.h"
 
 int main(int argc, char** argv) {
     tessarine::sim::SimOptions options;
     CLI::App app{"tessarine-sim: a simulated receiver that runs the tessarine bridge from a scenario"};
     app.add_option("--scenario", options.scenarioFile, "scenario file (JSON); the built-in scenario without it");
     app.add_option("--socket-dir", options.socketDirectory,
-                   "directory for ipc.socket and ipcdemux.socket (default /dev/shm)");
+                   std::string("directory for ") + tessarine::CONTROL_SOCKET_NAME + " and " +
+                       tessarine::DEMUX_SOCKET_NAME + " (default " + tessarine::DEFAULT_SOCKET_DIRECTORY + ")");
     app.add_option("--script", options.scriptFile, "console commands to run, one a line, instead of the terminal");
     app.add_option("--ts", options.ts,
                    "answer SI and section filters from a transport stream: a file (looped), - for standard "

@@ -3,8 +3,8 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <cstdio>
 
+#include "transport/Diagnostics.h"
 #include "transport/ThreadSupport.h"
 #include "transport/UnixSocket.h"
 
@@ -12,7 +12,7 @@ namespace tessarine {
 
 IpcServer::IpcServer(IpcListener* listener, const char* path, int length)
     : listener_(listener),
-      pathValid_(path != nullptr && length >= 0 && length <= unix_socket::MAX_PATH_LENGTH),
+      pathValid_(path != nullptr && length >= 0 && static_cast<std::size_t>(length) <= MAX_SOCKET_PATH_LENGTH),
       path_(pathValid_ ? path : ""),
       pathLength_(pathValid_ ? length : 0) {}
 
@@ -26,7 +26,7 @@ void IpcServer::start() {
     if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
     if (!pathValid_) {
         FileDescriptor probe = unix_socket::create();  // the socket comes first, then the path check
-        if (probe.valid()) std::perror("Invalid file name or file name is too big");
+        if (probe.valid()) Diagnostics::systemError("Invalid file name or file name is too big");
         return;
     }
     if (!socket_.open(path_, static_cast<std::size_t>(pathLength_))) return;
@@ -71,7 +71,7 @@ bool IpcServer::serveClient() {
     if (socket_.interrupted()) return false;  // stop() closes the descriptor; nothing is reported
     if (listener_ != nullptr) {
         buffer.type = MSG_VIDEO;
-        buffer.code = 2;  // VIDEO_RESET: the consumers reset video when the client goes
+        buffer.code = VIDEO_RESET;  // the consumers reset video when the client goes
         deliver(buffer);
     }
     closeClient();
@@ -105,14 +105,14 @@ std::size_t IpcServer::writeToClient(const unsigned char* data, std::size_t leng
 bool IpcServer::sendMessage(message& record) {
     std::lock_guard<std::mutex> send(sendLock_);
     if (writeToClient(record.bytes(), MESSAGE_SIZE) == MESSAGE_SIZE) return true;
-    std::perror("Can't send message");
+    Diagnostics::systemError("Can't send message");
     return false;
 }
 
 bool IpcServer::sendMessage(const void* data, unsigned int length) {
     std::lock_guard<std::mutex> send(sendLock_);
     if (writeToClient(static_cast<const unsigned char*>(data), length) == length) return true;
-    std::perror("Can't send raw message");
+    Diagnostics::systemError("Can't send raw message");
     return false;
 }
 
@@ -129,7 +129,7 @@ bool IpcServer::sendLocked(const SendBatch& batch) {
     // answer is not attempted on a connection that failed.
     for (const SendBatch::Piece& piece : batch.pieces_) {
         if (piece.end <= sent) continue;
-        std::perror(piece.raw ? "Can't send raw message" : "Can't send message");
+        Diagnostics::systemError(piece.raw ? "Can't send raw message" : "Can't send message");
         break;
     }
     return false;

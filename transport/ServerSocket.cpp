@@ -3,8 +3,8 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <cstdio>
 
+#include "transport/Diagnostics.h"
 #include "transport/UnixSocket.h"
 
 namespace tessarine {
@@ -29,7 +29,7 @@ bool ServerSocket::accept() {
     }
     if (fd < 0) {
         errno = acceptError;
-        std::perror("Can't accept new connections");
+        Diagnostics::systemError("Can't accept new connections");
         return false;
     }
     client_.reset(fd);

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <cstdio>
 #include <exception>
 #include <system_error>
 #include <thread>
 #include <utility>
+
+#include "transport/Diagnostics.h"
 
 namespace tessarine {
 
@@ -17,9 +18,9 @@ bool runGuarded(const char* what, Work&& work) noexcept {
         std::forward<Work>(work)();
         return true;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: %s\n", what, error.what());
+        Diagnostics::failure(what, error.what());
     } catch (...) {
-        std::fprintf(stderr, "%s: unknown exception\n", what);
+        Diagnostics::failure(what, "unknown exception");
     }
     return false;
 }
@@ -32,7 +33,7 @@ bool startThread(std::thread& thread, Args&&... args) noexcept {
         thread = std::thread(std::forward<Args>(args)...);
         return true;
     } catch (const std::system_error& error) {
-        std::fprintf(stderr, "Can't create thread: %s\n", error.what());
+        Diagnostics::failure("Can't create thread", error.what());
         return false;
     }
 }

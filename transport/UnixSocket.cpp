@@ -11,12 +11,15 @@
 #include <cstdio>
 #include <cstring>
 
+#include "tessarine/protocol/Limits.h"
+#include "transport/Diagnostics.h"
+
 namespace tessarine {
 namespace unix_socket {
 
 FileDescriptor create() {
     FileDescriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!fd.valid()) std::perror("Can't create socket");
+    if (!fd.valid()) Diagnostics::systemError("Can't create socket");
     return fd;
 }
 
@@ -31,11 +34,11 @@ bool bindAndListen(int fd, const std::string& path, std::size_t length) {
     const auto addressLength = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + copied);
 
     if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), addressLength) == -1) {
-        std::perror("Can't bind filename");
+        Diagnostics::systemError("Can't bind filename");
         return false;
     }
-    if (::listen(fd, 1) != 0) {
-        std::perror("Can't listen socket");
+    if (::listen(fd, LISTEN_BACKLOG) != 0) {
+        Diagnostics::systemError("Can't listen socket");
         return false;
     }
     return true;

@@ -1,32 +1,29 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 
 #include "tessarine/FileDescriptor.h"
+#include "tessarine/protocol/Limits.h"
 
 namespace tessarine {
 namespace unix_socket {
-
-// Longest path a socket address holds, leaving room for its NUL.
-constexpr int MAX_PATH_LENGTH = 107;
 
 // A Unix-domain stream socket (close-on-exec, so a host's child processes
 // never inherit it). Invalid, with "Can't create socket" on stderr, on failure.
 FileDescriptor create();
 
 // Removes a stale file at the path, binds the first `length` characters of
-// `path` and listens with a backlog of 1. Reports "Can't bind filename" or
+// `path` and listens with LISTEN_BACKLOG. Reports "Can't bind filename" or
 // "Can't listen socket" with the system's error text and returns false.
 bool bindAndListen(int fd, const std::string& path, std::size_t length);
 
 // Accepts one connection (close-on-exec), retrying on EINTR. -1 on failure.
 int acceptClient(int listenFd);
 
-// How long a server waits for a client that takes none of the bytes it is
-// sent before treating it as gone: a stuck application must never hold a
-// server's or a host's thread for longer.
-constexpr int STALL_LIMIT_MS = 5000;
+// SEND_TIME_LIMIT in the unit sendAll takes, for both servers.
+constexpr int STALL_LIMIT_MS = static_cast<int>(std::chrono::milliseconds(SEND_TIME_LIMIT).count());
 
 // Sends all bytes with MSG_NOSIGNAL (never SIGPIPE), continuing after partial
 // sends and EINTR. With `stallLimitMs` at 0 or more it gives up when no byte

@@ -6,9 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "tessarine/TextField.h"
-#include "tessarine/descriptor.h"
-#include "tessarine/program_event.h"
+#include "RecordFields.h"
 
 namespace tessarine {
 namespace client {
@@ -16,79 +14,58 @@ namespace detail {
 
 namespace {
 
-constexpr std::size_t DSMCC_TEXT_OFFSET = 25;
-constexpr std::size_t DSMCC_TEXT_AREA = 1928;
-constexpr std::int32_t GRAPHICS_SETTINGS_EVENT = 17;
-constexpr std::int32_t DOWNLOAD_COMPLETE_EVENT = 2;
-constexpr std::int32_t END_OF_MEDIA_EVENT = 16;
 // About 33 records: a list or a run of events is read a buffer-full at a time.
 constexpr std::size_t READ_BUFFER = 64 * 1024;
 
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
-
-std::string field(const message& record, std::size_t offset, std::size_t limit = TEXT_FIELD_SIZE) {
-    return readTextField(reinterpret_cast<const char*>(record.bytes() + offset), limit);
-}
 
 // Whether `record` is an item of the list that `expected` awaits, whose
 // header announced `count` items.
 bool isItemOf(const Expectation& expected, const message& record, std::int32_t count) {
     if (record.type != expected.type) return false;
     switch (expected.itemCode) {
-    case ItemCode::Any:
+    case ItemCode::ItemWord:
         return true;
-    case ItemCode::EqualsCount:
+    case ItemCode::Count:
         return record.code == count;
-    case ItemCode::Exact:
+    case ItemCode::Fixed:
         return record.code == expected.code;
     }
     return false;
-}
-
-Rectangle rectangleAt(const message& record, std::size_t offset) {
-    Rectangle r;
-    r.x = record.get<std::int32_t>(offset);
-    r.y = record.get<std::int32_t>(offset + 4);
-    r.width = record.get<std::int32_t>(offset + 8);
-    r.height = record.get<std::int32_t>(offset + 12);
-    return r;
 }
 
 }  // namespace
 
 std::shared_ptr<Connection> Connection::open(const ClientOptions& options, ConnectionSink& sink,
                                              Clock::time_point deadline, std::optional<Error>& error) {
-    const int fd = connectUnix(options.socketPath, deadline);
-    if (fd < 0) {
+    FileDescriptor fd = connectUnix(options.socketPath, deadline);
+    if (!fd.valid()) {
         const int cause = errno;
         error = Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
                       "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
         return nullptr;
     }
-    std::shared_ptr<Connection> connection(new Connection(fd, options, sink));
+    std::shared_ptr<Connection> connection(new Connection(std::move(fd), options, sink));
     // Started only now, so that the reader can hand out weak references.
     connection->reader_ = std::thread([raw = connection.get()] { raw->run(); });
     return connection;
 }
 
-Connection::Connection(int fd, const ClientOptions& options, ConnectionSink& sink)
-    : fd_(fd), input_(fd, READ_BUFFER), options_(options), sink_(sink) {}
+Connection::Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink)
+    : fd_(std::move(fd)), input_(fd_.get(), READ_BUFFER), options_(options), sink_(sink) {}
 
-Connection::~Connection() {
-    close();
-    ::close(fd_);
-}
+Connection::~Connection() { close(); }
 
 void Connection::close() {
     closing_ = true;
-    ::shutdown(fd_, SHUT_RDWR);
+    ::shutdown(fd_.get(), SHUT_RDWR);
     if (reader_.joinable() && reader_.get_id() != std::this_thread::get_id()) reader_.join();
 }
 
 IoStatus Connection::send(const message& record, Clock::time_point deadline) {
     std::lock_guard<std::mutex> lock(sendMutex_);
     if (!alive_) return IoStatus::Closed;
-    return writeAll(fd_, record.bytes(), MESSAGE_SIZE, deadline);
+    return writeAll(fd_.get(), record.bytes(), MESSAGE_SIZE, deadline);
 }
 
 void Connection::run() {
@@ -110,7 +87,7 @@ void Connection::run() {
     }
     // A fault leaves the framing unknown: nothing more can be read.
     alive_ = false;
-    ::shutdown(fd_, SHUT_RDWR);
+    ::shutdown(fd_.get(), SHUT_RDWR);
     sink_.connectionEnded(reason, closing_.load());
 }
 
@@ -134,7 +111,9 @@ std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
                          std::to_string(options_.maxTrailingBytes));
     }
     answerBytes_ += count;
-    if (answerBytes_ > options_.maxTrailingBytes * 64) return malformed("the answer's trailing data exceeds its limit");
+    if (answerBytes_ > options_.maxTrailingBytes * CLIENT_ANSWER_TRAILING_ITEMS) {
+        return malformed("the answer's trailing data exceeds its limit");
+    }
     into.resize(count);
     if (count > 0 && input_.read(&into[0], count) != IoStatus::Ok) {
         return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
@@ -142,31 +121,30 @@ std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
     return std::nullopt;
 }
 
-std::optional<Error> Connection::readTrailing(Trailing kind, const message& record, Answer& answer) {
+std::optional<Error> Connection::readTrailing(const Expectation& expected, const message& record, Answer& answer) {
+    if (expected.trailing == Trailing::None) return std::nullopt;
+    // Each part's count is a field of the record; the layout says what it counts.
     TrailingData data;
-    if (kind == Trailing::Descriptor) {
-        if (auto fault = readBytes(descriptor::length(record.bytes() + 12), data.bytes[0])) return fault;
-    } else if (kind == Trailing::ProgramEvent) {
-        const auto counts = program_event::counts(record.bytes() + 12);
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (auto fault = readBytes(counts[i], data.bytes[i])) return fault;
+    for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
+        const auto count = record.get<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
+        if (part.element == protocol::TrailingElement::Bytes) {
+            data.bytes.emplace_back();
+            if (auto fault = readBytes(count, data.bytes.back())) return fault;
+            continue;
         }
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (counts[3 + i] > options_.maxStringsPerList) {
-                return malformed("string list of " + std::to_string(counts[3 + i]) + " strings exceeds the limit");
-            }
-            for (std::uint32_t s = 0; s < counts[3 + i]; ++s) {
-                std::uint32_t length = 0;
-                if (input_.read(&length, sizeof length) != IoStatus::Ok) {
-                    return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
-                }
-                std::string text;
-                if (auto fault = readBytes(length, text)) return fault;
-                data.strings[i].push_back(std::move(text));
-            }
+        if (count > options_.maxStringsPerList) {
+            return malformed("string list of " + std::to_string(count) + " strings exceeds the limit");
         }
-    } else {
-        return std::nullopt;
+        data.strings.emplace_back();
+        for (std::uint32_t s = 0; s < count; ++s) {
+            std::uint32_t length = 0;
+            if (input_.read(&length, sizeof length) != IoStatus::Ok) {
+                return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
+            }
+            std::string text;
+            if (auto fault = readBytes(length, text)) return fault;
+            data.strings.back().push_back(std::move(text));
+        }
     }
     answer.trailing.push_back(std::move(data));
     return std::nullopt;
@@ -190,16 +168,17 @@ std::optional<Error> Connection::handle(const message& record, std::optional<mes
     }
     // Events are told from answers by type and code: no request is answered
     // with these codes.
-    if (record.type == MSG_VIDEO && record.code == GRAPHICS_SETTINGS_EVENT) {
-        sink_.eventArrived(GraphicsSettings{rectangleAt(record, 12), rectangleAt(record, 28)});
+    if (record.type == MSG_VIDEO && record.code == VIDEO_GRAPHICS_SETTINGS) {
+        sink_.eventArrived(
+            GraphicsSettings{rectangleAt(record, GRAPHICS_FIRST_OFFSET), rectangleAt(record, GRAPHICS_SECOND_OFFSET)});
         return std::nullopt;
     }
-    if (record.type == MSG_CAROUSEL && record.code == DOWNLOAD_COMPLETE_EVENT) {
-        sink_.eventArrived(DownloadComplete{field(record, FIRST_TEXT_OFFSET), field(record, SECOND_TEXT_OFFSET)});
+    if (record.type == MSG_CAROUSEL && record.code == CAROUSEL_DOWNLOAD_COMPLETE) {
+        sink_.eventArrived(DownloadComplete{textAt(record, FIRST_TEXT_OFFSET), textAt(record, SECOND_TEXT_OFFSET)});
         return std::nullopt;
     }
-    if (record.type == MSG_MEDIA && record.code == END_OF_MEDIA_EVENT) {
-        sink_.eventArrived(EndOfMedia{record.get<std::int32_t>(12)});
+    if (record.type == MSG_MEDIA && record.code == MEDIA_END_OF_MEDIA) {
+        sink_.eventArrived(EndOfMedia{record.get<std::int32_t>(END_OF_MEDIA_HANDLE_OFFSET)});
         return std::nullopt;
     }
 
@@ -213,7 +192,7 @@ std::optional<Error> Connection::handle(const message& record, std::optional<mes
             Answer answer;
             answer.records.push_back(record);
             answerBytes_ = 0;
-            if (auto fault = readTrailing(expected.trailing, record, answer)) return fault;
+            if (auto fault = readTrailing(expected, record, answer)) return fault;
             sink_.answerArrived(pending->first, std::move(answer));
             return std::nullopt;
         }
@@ -230,7 +209,8 @@ std::optional<Error> Connection::handleListHeader(const message& header, std::op
     const bool listAwaited = pending && (pending->second.kind == Expectation::Kind::List ||
                                          pending->second.kind == Expectation::Kind::Anything);
     // A DSM-CC header announces at least two chunks.
-    const bool couldBeDsmcc = count >= 2 && static_cast<std::size_t>(count) <= options_.maxDsmccChunks;
+    const bool couldBeDsmcc =
+        static_cast<std::size_t>(count) >= MIN_CHUNK_COUNT && static_cast<std::size_t>(count) <= options_.maxDsmccChunks;
 
     if (listAwaited && static_cast<std::size_t>(count) <= options_.maxListItems) {
         const Expectation& expected = pending->second;
@@ -271,7 +251,7 @@ std::optional<Error> Connection::readList(const Expectation& expected, std::uint
     // Items are stored as they arrive, never reserved by the announced count.
     answer.records.push_back(first);
     if (expected.trailing == Trailing::Descriptor) {
-        if (auto fault = readTrailing(expected.trailing, first, answer)) return fault;
+        if (auto fault = readTrailing(expected, first, answer)) return fault;
     }
     for (std::size_t i = 1; i < count; ++i) {
         message item;
@@ -281,13 +261,13 @@ std::optional<Error> Connection::readList(const Expectation& expected, std::uint
         }
         answer.records.push_back(item);
         if (expected.trailing == Trailing::Descriptor) {
-            if (auto fault = readTrailing(expected.trailing, item, answer)) return fault;
+            if (auto fault = readTrailing(expected, item, answer)) return fault;
         }
     }
     // Program events send all records first, then each event's data.
     if (expected.trailing == Trailing::ProgramEvent) {
         for (const message& item : answer.records) {
-            if (auto fault = readTrailing(expected.trailing, item, answer)) return fault;
+            if (auto fault = readTrailing(expected, item, answer)) return fault;
         }
     }
     sink_.answerArrived(token, std::move(answer));
@@ -302,15 +282,17 @@ void Connection::startDsmcc(std::int32_t count) {
 }
 
 void Connection::handleDsmcc(const message& record) {
-    const std::string text = field(record, DSMCC_TEXT_OFFSET, DSMCC_TEXT_AREA);
+    const std::string text = textAt(record, DSMCC_TEXT_OFFSET, DSMCC_TEXT_SIZE);
+    const auto value = record.get<std::int64_t>(DSMCC_VALUE_OFFSET);
+    const auto byte = record.get<std::uint8_t>(DSMCC_BYTE_OFFSET);
     if (!dsmcc_) {
-        sink_.eventArrived(DsmccCommand{record.code, record.get<std::int64_t>(16), record.get<std::uint8_t>(24), text});
+        sink_.eventArrived(DsmccCommand{record.code, value, byte, text});
         return;
     }
     if (!dsmcc_->started) {
         dsmcc_->command.code = record.code;
-        dsmcc_->command.value = record.get<std::int64_t>(16);
-        dsmcc_->command.byte = record.get<std::uint8_t>(24);
+        dsmcc_->command.value = value;
+        dsmcc_->command.byte = byte;
         dsmcc_->started = true;
     }
     dsmcc_->command.text += text;

@@ -15,6 +15,7 @@
 #include "StreamReader.h"
 #include "tessarine/client/Error.h"
 #include "tessarine/client/Events.h"
+#include "tessarine/FileDescriptor.h"
 #include "tessarine/client/Options.h"
 #include "tessarine/message.h"
 
@@ -66,7 +67,7 @@ public:
     void close();
 
 private:
-    Connection(int fd, const ClientOptions& options, ConnectionSink& sink);
+    Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink);
 
     void run();
     // Each returns the fault that ends the connection, if any.
@@ -74,7 +75,7 @@ private:
     std::optional<Error> handleListHeader(const message& header, std::optional<message>& next);
     std::optional<Error> readList(const Expectation& expected, std::uint64_t token, const message& header,
                                   const message& first);
-    std::optional<Error> readTrailing(Trailing kind, const message& record, Answer& answer);
+    std::optional<Error> readTrailing(const Expectation& expected, const message& record, Answer& answer);
     // `into` is a byte vector or a string.
     template <typename Bytes>
     std::optional<Error> readBytes(std::size_t count, Bytes& into);
@@ -82,7 +83,7 @@ private:
     void handleDsmcc(const message& record);
     void startDsmcc(std::int32_t count);
 
-    int fd_;
+    FileDescriptor fd_;
     StreamReader input_;  // the reader thread's only
     ClientOptions options_;
     ConnectionSink& sink_;

@@ -1,6 +1,7 @@
 #include "tessarine/client/ControlClient.h"
 
 #include "ControlClientImpl.h"
+#include "RecordFields.h"
 #include "tessarine/TextField.h"
 
 namespace tessarine {
@@ -9,24 +10,12 @@ namespace client {
 using detail::Answer;
 using detail::Expectation;
 
-namespace {
-
-constexpr std::int32_t APP_STATE_ANSWER_OFFSET = 12;
-
-}  // namespace
-
 ControlClient::Impl::Impl(ClientOptions opts)
     : options(std::move(opts)), dispatcher_(std::make_unique<detail::EventDispatcher>()) {}
 
 ControlClient::Impl::~Impl() { dropConnection(); }
 
-message ControlClient::Impl::request(std::int32_t type, std::int32_t code) {
-    message record;
-    record.clear();
-    record.type = type;
-    record.code = code;
-    return record;
-}
+message ControlClient::Impl::request(std::int32_t type, std::int32_t code) { return detail::requestRecord(type, code); }
 
 detail::Clock::time_point ControlClient::Impl::deadlineOf(Timeout timeout) const {
     return Clock::now() + timeout.value_or(options.timeout);
@@ -136,8 +125,9 @@ Result<message> ControlClient::Impl::single(const message& record, Timeout timeo
 }
 
 std::optional<Error> ControlClient::Impl::putText(message& record, std::size_t offset, const std::string& text) {
-    if (text.size() > TEXT_FIELD_SIZE - 1 || text.find('\0') != std::string::npos) {
-        return Error(ErrorCode::InvalidArgument, "a text field holds at most 254 characters and no NUL");
+    if (text.size() > TEXT_FIELD_CHARACTERS || text.find('\0') != std::string::npos) {
+        return Error(ErrorCode::InvalidArgument,
+                     "a text field holds at most " + std::to_string(TEXT_FIELD_CHARACTERS) + " characters and no NUL");
     }
     writeTextField(record, offset, text);
     return std::nullopt;
@@ -198,7 +188,7 @@ void ControlClient::Impl::dispatch(detail::Event event) {
         // Answered on the connection that asked; a newer one never saw it.
         if (auto connection = e->connection.lock()) {
             message record = request(MSG_APP_STATE, e->state);
-            record.put<std::uint8_t>(APP_STATE_ANSWER_OFFSET, answer);
+            record.put<std::uint8_t>(RESULT_BYTE_OFFSET, answer);
             connection->send(record, deadlineOf({}));
         }
     }
@@ -236,16 +226,17 @@ void ControlClient::onDisconnected(std::function<void(const Error&)> callback) {
 Result<std::uint8_t> ControlClient::checkVersion(std::int32_t flag, Timeout timeout) {
     auto answer = impl_->single(Impl::request(MSG_VERSION, flag), timeout);
     if (!answer) return answer.error();
-    return answer->get<std::uint8_t>(12);
+    return answer->get<std::uint8_t>(RESULT_BYTE_OFFSET);
 }
 
 Result<std::vector<RawFrame>> ControlClient::raw(std::int32_t type, std::int32_t code,
                                                  const std::vector<std::uint8_t>& payload, Timeout timeout) {
-    if (payload.size() > MESSAGE_SIZE - 12) {
-        return Error(ErrorCode::InvalidArgument, "a payload holds at most 1948 bytes");
+    if (payload.size() > MESSAGE_SIZE - PAYLOAD_OFFSET) {
+        return Error(ErrorCode::InvalidArgument,
+                     "a payload holds at most " + std::to_string(MESSAGE_SIZE - PAYLOAD_OFFSET) + " bytes");
     }
     message record = Impl::request(type, code);
-    std::copy(payload.begin(), payload.end(), record.bytes() + 12);
+    std::copy(payload.begin(), payload.end(), record.bytes() + PAYLOAD_OFFSET);
     auto expected = detail::expectationFor(type, code);
     const bool known = expected.has_value();
     if (!known) {

@@ -1,5 +1,6 @@
 // Video, graphics, property, audio, tuner and carousel calls.
 #include "ControlClientImpl.h"
+#include "RecordFields.h"
 #include "tessarine/TextField.h"
 #include "tessarine/audio_data.h"
 #include "tessarine/command.h"
@@ -10,30 +11,23 @@ namespace client {
 
 namespace {
 
-void putRectangle(message& record, std::size_t offset, const Rectangle& r) {
-    record.put<std::int32_t>(offset, r.x);
-    record.put<std::int32_t>(offset + 4, r.y);
-    record.put<std::int32_t>(offset + 8, r.width);
-    record.put<std::int32_t>(offset + 12, r.height);
-}
+using detail::putRectangle;
+using detail::rectangleAt;
+using detail::textAt;
 
-Rectangle rectangleAt(const message& record, std::size_t offset) {
-    return Rectangle{record.get<std::int32_t>(offset), record.get<std::int32_t>(offset + 4),
-                     record.get<std::int32_t>(offset + 8), record.get<std::int32_t>(offset + 12)};
-}
+Error outOfRange(const std::string& what) { return Error(ErrorCode::InvalidArgument, what); }
 
-std::string textAt(const message& record, std::size_t offset) {
-    return readTextField(reinterpret_cast<const char*>(record.bytes() + offset));
+// "3 or 5", "9 to 16": the codes a call accepts, for its error.
+std::string either(std::int32_t first, std::int32_t second) {
+    return std::to_string(first) + " or " + std::to_string(second);
 }
-
-Error outOfRange(const char* what) { return Error(ErrorCode::InvalidArgument, what); }
+std::string range(std::int32_t first, std::int32_t last) {
+    return std::to_string(first) + " to " + std::to_string(last);
+}
 
 message audioLevel(audio_selector selector, double level) {
-    message record;
-    record.clear();
-    record.type = MSG_AUDIO;
-    record.code = selector;
-    record.put<double>(16, level);  // the eight bytes unchanged, never scaled
+    message record = detail::requestRecord(MSG_AUDIO, selector);
+    record.put<double>(AUDIO_LEVEL_OFFSET, level);  // the eight bytes unchanged, never scaled
     return record;
 }
 
@@ -43,17 +37,17 @@ message audioLevel(audio_selector selector, double level) {
 
 Result<void> ControlClient::setVideoBounds(const Rectangle& bounds, Timeout timeout) {
     message record = Impl::request(MSG_VIDEO, VIDEO_SET_BOUNDS);
-    putRectangle(record, 12, bounds);
+    putRectangle(record, VIDEO_BOUNDS_OFFSET, bounds);
     return impl_->command(record, timeout);
 }
 
 Result<Rectangle> ControlClient::videoBounds(Timeout timeout) {
     message record = Impl::request(MSG_VIDEO, VIDEO_GET_BOUNDS);
     // The bridge asks until all four are set; what stays -1 is unknown.
-    putRectangle(record, 12, Rectangle{-1, -1, -1, -1});
+    putRectangle(record, VIDEO_BOUNDS_OFFSET, Rectangle{-1, -1, -1, -1});
     auto answer = impl_->single(record, timeout);
     if (!answer) return answer.error();
-    return rectangleAt(*answer, 12);
+    return rectangleAt(*answer, VIDEO_BOUNDS_OFFSET);
 }
 
 Result<void> ControlClient::resetVideo(Timeout timeout) {
@@ -61,7 +55,9 @@ Result<void> ControlClient::resetVideo(Timeout timeout) {
 }
 
 Result<std::string> ControlClient::videoLanguage(std::int32_t which, Timeout timeout) {
-    if (which != VIDEO_GET_LANGUAGE_3 && which != VIDEO_GET_LANGUAGE_5) return outOfRange("language query is 3 or 5");
+    if (which != VIDEO_GET_LANGUAGE_3 && which != VIDEO_GET_LANGUAGE_5) {
+        return outOfRange("language query is " + either(VIDEO_GET_LANGUAGE_3, VIDEO_GET_LANGUAGE_5));
+    }
     auto answer = impl_->single(Impl::request(MSG_VIDEO, which), timeout);
     if (!answer) return answer.error();
     return textAt(*answer, FIRST_TEXT_OFFSET);
@@ -82,17 +78,21 @@ Result<void> ControlClient::setVideoText(const std::string& text, Timeout timeou
 }
 
 Result<void> ControlClient::setVideoFlag(std::int32_t which, bool flag, Timeout timeout) {
-    if (which != VIDEO_SET_FLAG_7 && which != VIDEO_SET_FLAG_8) return outOfRange("video flag is 7 or 8");
+    if (which != VIDEO_SET_FLAG_7 && which != VIDEO_SET_FLAG_8) {
+        return outOfRange("video flag is " + either(VIDEO_SET_FLAG_7, VIDEO_SET_FLAG_8));
+    }
     message record = Impl::request(MSG_VIDEO, which);
-    record.put<std::uint8_t>(12, flag ? 1 : 0);
+    record.put<std::uint8_t>(VIDEO_FLAG_OFFSET, flag ? 1 : 0);
     return impl_->command(record, timeout);
 }
 
 Result<std::optional<std::int32_t>> ControlClient::videoRate(std::int32_t which, Timeout timeout) {
-    if (which < VIDEO_GET_RATE_9 || which > VIDEO_GET_RATE_16) return outOfRange("video rate query is 9 to 16");
+    if (which < VIDEO_GET_RATE_9 || which > VIDEO_GET_RATE_16) {
+        return outOfRange("video rate query is " + range(VIDEO_GET_RATE_9, VIDEO_GET_RATE_16));
+    }
     auto answer = impl_->single(Impl::request(MSG_VIDEO, which), timeout);
     if (!answer) return answer.error();
-    return Impl::valid(answer->get<std::int32_t>(12));
+    return Impl::valid(answer->get<std::int32_t>(VIDEO_RATE_OFFSET));
 }
 
 Result<void> ControlClient::applyGraphicsSettings(Timeout timeout) {
@@ -101,14 +101,14 @@ Result<void> ControlClient::applyGraphicsSettings(Timeout timeout) {
 
 Result<void> ControlClient::updateGraphicsRegion(const Rectangle& region, Timeout timeout) {
     message record = Impl::request(MSG_VIDEO, VIDEO_UPDATE_REGION);
-    putRectangle(record, 12, region);
+    putRectangle(record, VIDEO_BOUNDS_OFFSET, region);
     return impl_->command(record, timeout);
 }
 
 // ---- System properties ----
 
 Result<std::optional<std::string>> ControlClient::systemProperty(const std::string& name, Timeout timeout) {
-    message record = Impl::request(MSG_PROPERTY, 0);
+    message record = Impl::request(MSG_PROPERTY, PROPERTY_GET);
     if (auto error = Impl::putText(record, FIRST_TEXT_OFFSET, name)) return *error;
     auto answer = impl_->single(record, timeout);
     if (!answer) return answer.error();
@@ -118,7 +118,7 @@ Result<std::optional<std::string>> ControlClient::systemProperty(const std::stri
 }
 
 Result<std::vector<SystemProperty>> ControlClient::systemProperties(Timeout timeout) {
-    auto answer = impl_->call(Impl::request(MSG_PROPERTY, 1), timeout);
+    auto answer = impl_->call(Impl::request(MSG_PROPERTY, PROPERTY_LIST), timeout);
     if (!answer) return answer.error();
     std::vector<SystemProperty> properties;
     for (const message& item : answer->records) {
@@ -128,14 +128,14 @@ Result<std::vector<SystemProperty>> ControlClient::systemProperties(Timeout time
 }
 
 Result<void> ControlClient::setSystemProperty(const std::string& name, const std::string& value, Timeout timeout) {
-    message record = Impl::request(MSG_PROPERTY, 2);
+    message record = Impl::request(MSG_PROPERTY, PROPERTY_SET);
     if (auto error = Impl::putText(record, FIRST_TEXT_OFFSET, name)) return *error;
     if (auto error = Impl::putText(record, SECOND_TEXT_OFFSET, value)) return *error;
     return impl_->command(record, timeout);
 }
 
 Result<void> ControlClient::removeSystemProperty(const std::string& name, Timeout timeout) {
-    message record = Impl::request(MSG_PROPERTY, 3);
+    message record = Impl::request(MSG_PROPERTY, PROPERTY_REMOVE);
     if (auto error = Impl::putText(record, FIRST_TEXT_OFFSET, name)) return *error;
     return impl_->command(record, timeout);
 }
@@ -156,33 +156,35 @@ Result<void> ControlClient::setTrebleLevel(double level, Timeout timeout) {
 }
 Result<void> ControlClient::setMute(bool mute, Timeout timeout) {
     message record = Impl::request(MSG_AUDIO, AUDIO_MUTE);
-    record.put<std::uint8_t>(16, mute ? 1 : 0);
+    record.put<std::uint8_t>(AUDIO_MUTE_OFFSET, mute ? 1 : 0);
     return impl_->command(record, timeout);
 }
 
 // ---- Tuner ----
 
 Result<std::optional<std::int32_t>> ControlClient::currentTransportStreamId(Timeout timeout) {
-    auto answer = impl_->single(Impl::request(MSG_TUNER, 0), timeout);
+    auto answer = impl_->single(Impl::request(MSG_TUNER, TUNER_CURRENT_TS_ID), timeout);
     if (!answer) return answer.error();
-    return Impl::valid(answer->get<std::int32_t>(12));
+    return Impl::valid(answer->get<std::int32_t>(TUNER_ID_OFFSET));
 }
 
 Result<std::vector<std::int32_t>> ControlClient::tunerIds(std::int32_t kind, std::int32_t parameter, Timeout timeout) {
-    if (kind == 0) return outOfRange("tuner list kind 0 is the current transport stream query");
+    if (kind == TUNER_CURRENT_TS_ID) {
+        return outOfRange("tuner list kind " + std::to_string(kind) + " is the current transport stream query");
+    }
     message record = Impl::request(MSG_TUNER, kind);
-    record.put<std::int32_t>(12, parameter);
+    record.put<std::int32_t>(TUNER_PARAMETER_OFFSET, parameter);
     auto answer = impl_->call(record, timeout);
     if (!answer) return answer.error();
     std::vector<std::int32_t> ids;
-    for (const message& item : answer->records) ids.push_back(item.get<std::int32_t>(12));
+    for (const message& item : answer->records) ids.push_back(item.get<std::int32_t>(TUNER_ID_OFFSET));
     return ids;
 }
 
 // ---- Carousels ----
 
 Result<std::optional<std::string>> ControlClient::mountCarousel(const std::string& name, Timeout timeout) {
-    message record = Impl::request(MSG_CAROUSEL, 0);
+    message record = Impl::request(MSG_CAROUSEL, CAROUSEL_MOUNT);
     if (auto error = Impl::putText(record, FIRST_TEXT_OFFSET, name)) return *error;
     auto answer = impl_->single(record, timeout);
     if (!answer) return answer.error();
@@ -192,17 +194,17 @@ Result<std::optional<std::string>> ControlClient::mountCarousel(const std::strin
 }
 
 Result<void> ControlClient::unmountCarousel(const std::string& name, Timeout timeout) {
-    message record = Impl::request(MSG_CAROUSEL, 1);
+    message record = Impl::request(MSG_CAROUSEL, CAROUSEL_UMOUNT);
     if (auto error = Impl::putText(record, FIRST_TEXT_OFFSET, name)) return *error;
     return impl_->command(record, timeout);
 }
 
 Result<void> ControlClient::addCarouselListener(Timeout timeout) {
-    return impl_->command(Impl::request(MSG_CAROUSEL, 3), timeout);
+    return impl_->command(Impl::request(MSG_CAROUSEL, CAROUSEL_ADD_LISTENER), timeout);
 }
 
 Result<void> ControlClient::removeCarouselListener(Timeout timeout) {
-    return impl_->command(Impl::request(MSG_CAROUSEL, 4), timeout);
+    return impl_->command(Impl::request(MSG_CAROUSEL, CAROUSEL_REMOVE_LISTENER), timeout);
 }
 
 }  // namespace client

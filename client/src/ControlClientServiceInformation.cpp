@@ -1,5 +1,6 @@
 // Service information calls.
 #include "ControlClientImpl.h"
+#include "RecordFields.h"
 #include "tessarine/TextField.h"
 #include "tessarine/descriptor.h"
 #include "tessarine/network.h"
@@ -14,31 +15,17 @@ namespace client {
 
 namespace {
 
-enum : std::int32_t {
-    CODING_FORMAT = 0, PROGRAM_EVENTS = 1, PROGRAM_EVENT = 2, EVENT_DESCRIPTORS = 3, CA_SYSTEM_IDS = 4,
-    PROTECTED = 5, SERVICES = 6, CURRENT_SERVICE = 7, DESCRIPTION = 8, COMPONENTS = 10,
-    COMPONENT_DESCRIPTORS = 11, TRANSPORT_STREAM = 12, TS_DESCRIPTORS = 13, NETWORK = 14,
-    NETWORK_DESCRIPTORS = 15, PMTS = 16,
-};
-constexpr std::size_t PAYLOAD = 12;
-
-message si(std::int32_t code) {
-    message record;
-    record.clear();
-    record.type = MSG_SI;
-    record.code = code;
-    return record;
-}
+message si(std::int32_t code) { return detail::requestRecord(MSG_SI, code); }
 
 message siWithArgument(std::int32_t code, std::int32_t argument) {
     message record = si(code);
-    record.put<std::int32_t>(12, argument);
+    record.put<std::int32_t>(SI_ID_OFFSET, argument);
     return record;
 }
 
 // The trailing data is moved into the event, not copied.
 ProgramEvent programEventFrom(const message& record, detail::TrailingData&& data) {
-    const program_event wire = program_event::decode(record.bytes() + PAYLOAD);
+    const program_event wire = program_event::decode(record.bytes() + SI_ITEM_OFFSET);
     ProgramEvent e;
     e.value0 = wire.value0;
     e.value1 = wire.value1;
@@ -63,26 +50,24 @@ std::vector<Descriptor> descriptorsFrom(detail::Answer& answer) {
     std::vector<Descriptor> descriptors;
     descriptors.reserve(answer.records.size());
     for (std::size_t i = 0; i < answer.records.size(); ++i) {
-        descriptors.push_back(Descriptor{descriptor::decode(answer.records[i].bytes() + PAYLOAD).id,
+        descriptors.push_back(Descriptor{descriptor::decode(answer.records[i].bytes() + SI_ITEM_OFFSET).id,
                                          std::move(answer.trailing.at(i).bytes[0])});
     }
     return descriptors;
 }
 
-std::string textOf(const message& record) {
-    return readTextField(reinterpret_cast<const char*>(record.bytes() + FIRST_TEXT_OFFSET));
-}
+std::string textOf(const message& record) { return detail::textAt(record, SI_ITEM_OFFSET); }
 
 }  // namespace
 
 Result<std::string> ControlClient::siCodingFormat(Timeout timeout) {
-    auto answer = impl_->single(si(CODING_FORMAT), timeout);
+    auto answer = impl_->single(si(SI_CODING_FORMAT), timeout);
     if (!answer) return answer.error();
     return textOf(*answer);
 }
 
 Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) {
-    auto answer = impl_->call(si(PROGRAM_EVENTS), timeout);
+    auto answer = impl_->call(si(SI_PROGRAM_EVENTS), timeout);
     if (!answer) return answer.error();
     std::vector<ProgramEvent> events;
     events.reserve(answer->records.size());
@@ -93,7 +78,7 @@ Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) 
 }
 
 Result<std::optional<ProgramEvent>> ControlClient::programEvent(Timeout timeout) {
-    auto answer = impl_->call(si(PROGRAM_EVENT), timeout);
+    auto answer = impl_->call(si(SI_PROGRAM_EVENT), timeout);
     if (!answer) return answer.error();
     ProgramEvent event = programEventFrom(answer->records.front(), std::move(answer->trailing.at(0)));
     if (event.value1 == -1) return std::optional<ProgramEvent>();
@@ -102,104 +87,104 @@ Result<std::optional<ProgramEvent>> ControlClient::programEvent(Timeout timeout)
 
 Result<std::vector<Descriptor>> ControlClient::programEventDescriptors(std::int32_t first, std::int32_t second,
                                                                        Timeout timeout) {
-    message record = si(EVENT_DESCRIPTORS);
-    record.put<std::int32_t>(20, first);
-    record.put<std::int32_t>(24, second);
+    message record = si(SI_EVENT_DESCRIPTORS);
+    record.put<std::int32_t>(SI_FIRST_OFFSET, first);
+    record.put<std::int32_t>(SI_SECOND_OFFSET, second);
     auto answer = impl_->call(record, timeout);
     if (!answer) return answer.error();
     return descriptorsFrom(*answer);
 }
 
 Result<std::vector<std::int32_t>> ControlClient::caSystemIds(Timeout timeout) {
-    auto answer = impl_->call(si(CA_SYSTEM_IDS), timeout);
+    auto answer = impl_->call(si(SI_CA_SYSTEM_IDS), timeout);
     if (!answer) return answer.error();
     std::vector<std::int32_t> ids;
-    for (const message& item : answer->records) ids.push_back(item.get<std::int32_t>(PAYLOAD));
+    for (const message& item : answer->records) ids.push_back(item.get<std::int32_t>(SI_ITEM_OFFSET));
     return ids;
 }
 
 Result<bool> ControlClient::isProtectedService(Timeout timeout) {
-    auto answer = impl_->single(si(PROTECTED), timeout);
+    auto answer = impl_->single(si(SI_PROTECTED_SERVICE), timeout);
     if (!answer) return answer.error();
-    return answer->get<std::uint8_t>(PAYLOAD) != 0;
+    return answer->get<std::uint8_t>(SI_ITEM_OFFSET) != 0;
 }
 
 Result<std::vector<Service>> ControlClient::services(Timeout timeout) {
-    auto answer = impl_->call(si(SERVICES), timeout);
+    auto answer = impl_->call(si(SI_SERVICES), timeout);
     if (!answer) return answer.error();
     std::vector<Service> services;
     services.reserve(answer->records.size());
     for (const message& item : answer->records) {
-        const service s = service::decode(item.bytes() + PAYLOAD);
+        const service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
         services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, s.text0});
     }
     return services;
 }
 
 Result<std::optional<std::int32_t>> ControlClient::currentService(Timeout timeout) {
-    auto answer = impl_->single(si(CURRENT_SERVICE), timeout);
+    auto answer = impl_->single(si(SI_CURRENT_SERVICE), timeout);
     if (!answer) return answer.error();
-    return Impl::valid(answer->get<std::int32_t>(PAYLOAD));
+    return Impl::valid(answer->get<std::int32_t>(SI_ITEM_OFFSET));
 }
 
 Result<std::string> ControlClient::serviceDescription(Timeout timeout) {
-    auto answer = impl_->single(si(DESCRIPTION), timeout);
+    auto answer = impl_->single(si(SI_SERVICE_DESCRIPTION), timeout);
     if (!answer) return answer.error();
     return textOf(*answer);
 }
 
 Result<std::vector<ServiceComponent>> ControlClient::serviceComponents(std::int32_t service, Timeout timeout) {
-    auto answer = impl_->call(siWithArgument(COMPONENTS, service), timeout);
+    auto answer = impl_->call(siWithArgument(SI_SERVICE_COMPONENTS, service), timeout);
     if (!answer) return answer.error();
     std::vector<ServiceComponent> components;
     for (const message& item : answer->records) {
-        const service_component c = service_component::decode(item.bytes() + PAYLOAD);
+        const service_component c = service_component::decode(item.bytes() + SI_ITEM_OFFSET);
         components.push_back(ServiceComponent{c.value0, c.value1, c.value2, c.value3, c.value4, c.value5});
     }
     return components;
 }
 
 Result<std::vector<Descriptor>> ControlClient::serviceComponentDescriptors(std::int32_t component, Timeout timeout) {
-    auto answer = impl_->call(siWithArgument(COMPONENT_DESCRIPTORS, component), timeout);
+    auto answer = impl_->call(siWithArgument(SI_COMPONENT_DESCRIPTORS, component), timeout);
     if (!answer) return answer.error();
     return descriptorsFrom(*answer);
 }
 
 Result<std::optional<TransportStream>> ControlClient::transportStream(Timeout timeout) {
-    auto answer = impl_->single(si(TRANSPORT_STREAM), timeout);
+    auto answer = impl_->single(si(SI_TRANSPORT_STREAM), timeout);
     if (!answer) return answer.error();
-    const transport_stream t = transport_stream::decode(answer->bytes() + PAYLOAD);
+    const transport_stream t = transport_stream::decode(answer->bytes() + SI_ITEM_OFFSET);
     if (t.value1 == -1) return std::optional<TransportStream>();
     return std::optional<TransportStream>(TransportStream{t.value0, t.value1, t.value2, t.value3, t.value4});
 }
 
 Result<std::vector<Descriptor>> ControlClient::transportStreamDescriptors(std::int32_t transportStream,
                                                                           Timeout timeout) {
-    auto answer = impl_->call(siWithArgument(TS_DESCRIPTORS, transportStream), timeout);
+    auto answer = impl_->call(siWithArgument(SI_TRANSPORT_STREAM_DESCRIPTORS, transportStream), timeout);
     if (!answer) return answer.error();
     return descriptorsFrom(*answer);
 }
 
 Result<std::optional<Network>> ControlClient::network(Timeout timeout) {
-    auto answer = impl_->single(si(NETWORK), timeout);
+    auto answer = impl_->single(si(SI_NETWORK), timeout);
     if (!answer) return answer.error();
-    const tessarine::network n = tessarine::network::decode(answer->bytes() + PAYLOAD);
+    const tessarine::network n = tessarine::network::decode(answer->bytes() + SI_ITEM_OFFSET);
     if (n.value0 == -1) return std::optional<Network>();
     return std::optional<Network>(Network{n.value0, n.text0});
 }
 
 Result<std::vector<Descriptor>> ControlClient::networkDescriptors(Timeout timeout) {
-    auto answer = impl_->call(si(NETWORK_DESCRIPTORS), timeout);
+    auto answer = impl_->call(si(SI_NETWORK_DESCRIPTORS), timeout);
     if (!answer) return answer.error();
     return descriptorsFrom(*answer);
 }
 
 Result<std::vector<Pmt>> ControlClient::pmts(std::int32_t service, Timeout timeout) {
-    auto answer = impl_->call(siWithArgument(PMTS, service), timeout);
+    auto answer = impl_->call(siWithArgument(SI_PMTS, service), timeout);
     if (!answer) return answer.error();
     std::vector<Pmt> tables;
     for (const message& item : answer->records) {
-        const pmt p = pmt::decode(item.bytes() + PAYLOAD);
+        const pmt p = pmt::decode(item.bytes() + SI_ITEM_OFFSET);
         tables.push_back(Pmt{p.value0, p.value1, p.value2, p.value3});
     }
     return tables;

@@ -11,6 +11,8 @@
 #include "CallGate.h"
 #include "Socket.h"
 #include "StreamReader.h"
+#include "tessarine/protocol/Codes.h"
+#include "tessarine/protocol/Limits.h"
 
 namespace tessarine {
 namespace client {
@@ -19,12 +21,6 @@ using detail::Clock;
 using detail::IoStatus;
 
 namespace {
-
-enum : std::int32_t {
-    START = 0, STOP = 1, SET_PID = 2, SET_TABLE_ID = 3, POSITIVE = 4, GREATER_THAN = 5, LESS_THAN = 6, XOR = 7,
-    TIME_OUT = 8, CLEAR_TABLE_ID = 9, CLEAR_POSITIVE = 10, CLEAR_LESS_THAN = 11, CLEAR_XOR = 12, READ_SECTION = 13,
-};
-constexpr std::size_t MAX_FILTER_LENGTH = 4096;
 
 void appendWord(std::vector<std::uint8_t>& out, std::int32_t word) {
     const std::size_t at = out.size();
@@ -61,7 +57,7 @@ public:
         detail::CallGate::Pass pass(calls_, deadline);
         if (!pass.granted()) return busy();
         if (auto error = ensureConnected(deadline)) return *error;
-        const IoStatus sent = detail::writeAll(fd_, bytes.data(), bytes.size(), deadline);
+        const IoStatus sent = detail::writeAll(fd_.get(), bytes.data(), bytes.size(), deadline);
         if (sent != IoStatus::Ok) return fail(sent, "sending a command");
         if (!answer) return Bytes{};
 
@@ -86,16 +82,16 @@ private:
     // The bridge never speaks unasked: a readable socket between calls
     // means that it closed the connection.
     bool peerGone() const {
-        pollfd p{fd_, POLLIN, 0};
+        pollfd p{fd_.get(), POLLIN, 0};
         return ::poll(&p, 1, 0) != 0;
     }
 
     std::optional<Error> ensureConnected(Clock::time_point deadline) {
-        if (fd_ >= 0 && !peerGone()) return std::nullopt;
+        if (fd_.valid() && !peerGone()) return std::nullopt;
         closeSocket();
         fd_ = detail::connectUnix(options.socketPath, deadline);
-        input_.reset(fd_);
-        if (fd_ < 0) {
+        input_.reset(fd_.get());
+        if (!fd_.valid()) {
             const int cause = errno;
             return Error(cause == ETIMEDOUT ? ErrorCode::TimedOut : ErrorCode::NotConnected,
                          "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
@@ -110,13 +106,10 @@ private:
         return Error(ErrorCode::ConnectionLost, std::string("connection lost ") + during);
     }
 
-    void closeSocket() {
-        if (fd_ >= 0) ::close(fd_);
-        fd_ = -1;
-    }
+    void closeSocket() { fd_.reset(); }
 
     detail::CallGate calls_;
-    int fd_ = -1;
+    FileDescriptor fd_;
     detail::StreamReader input_;
 };
 
@@ -137,8 +130,9 @@ std::vector<std::uint8_t> withValue(std::int32_t command, std::int32_t value) {
 std::optional<Error> appendStrings(std::vector<std::uint8_t>& out,
                                    std::initializer_list<const std::vector<std::uint8_t>*> strings) {
     for (const auto* bytes : strings) {
-        if (bytes->size() > MAX_FILTER_LENGTH) {
-            return Error(ErrorCode::InvalidArgument, "a filter byte string holds at most 4096 bytes");
+        if (bytes->size() > static_cast<std::size_t>(MAX_FILTER_LENGTH)) {
+            return Error(ErrorCode::InvalidArgument,
+                         "a filter byte string holds at most " + std::to_string(MAX_FILTER_LENGTH) + " bytes");
         }
         appendWord(out, static_cast<std::int32_t>(bytes->size()));
         out.insert(out.end(), bytes->begin(), bytes->end());
@@ -165,55 +159,55 @@ Result<void> sent(Result<DemuxClient::Bytes> result) {
 
 }  // namespace
 
-Result<void> DemuxClient::start(Timeout t) { return sent(impl_->exchange(commandWord(START), false, t)); }
-Result<void> DemuxClient::stop(Timeout t) { return sent(impl_->exchange(commandWord(STOP), false, t)); }
+Result<void> DemuxClient::start(Timeout t) { return sent(impl_->exchange(commandWord(DEMUX_START), false, t)); }
+Result<void> DemuxClient::stop(Timeout t) { return sent(impl_->exchange(commandWord(DEMUX_STOP), false, t)); }
 Result<void> DemuxClient::setPid(std::int32_t pid, Timeout t) {
-    return sent(impl_->exchange(withValue(SET_PID, pid), false, t));
+    return sent(impl_->exchange(withValue(DEMUX_SET_PID, pid), false, t));
 }
 Result<void> DemuxClient::setTableId(std::int32_t tableId, Timeout t) {
-    return sent(impl_->exchange(withValue(SET_TABLE_ID, tableId), false, t));
+    return sent(impl_->exchange(withValue(DEMUX_SET_TABLE_ID, tableId), false, t));
 }
 Result<void> DemuxClient::setTimeOut(std::int32_t timeOut, Timeout t) {
-    return sent(impl_->exchange(withValue(TIME_OUT, timeOut), false, t));
+    return sent(impl_->exchange(withValue(DEMUX_SET_TIME_OUT, timeOut), false, t));
 }
 Result<void> DemuxClient::clearTableId(Timeout t) {
-    return sent(impl_->exchange(commandWord(CLEAR_TABLE_ID), false, t));
+    return sent(impl_->exchange(commandWord(DEMUX_CLEAR_TABLE_ID), false, t));
 }
 Result<void> DemuxClient::clearPositiveFilter(Timeout t) {
-    return sent(impl_->exchange(commandWord(CLEAR_POSITIVE), false, t));
+    return sent(impl_->exchange(commandWord(DEMUX_CLEAR_POSITIVE_FILTER), false, t));
 }
 Result<void> DemuxClient::clearLessThanFilter(Timeout t) {
-    return sent(impl_->exchange(commandWord(CLEAR_LESS_THAN), false, t));
+    return sent(impl_->exchange(commandWord(DEMUX_CLEAR_LESS_THAN_FILTER), false, t));
 }
 Result<void> DemuxClient::clearXorFilter(Timeout t) {
-    return sent(impl_->exchange(commandWord(CLEAR_XOR), false, t));
+    return sent(impl_->exchange(commandWord(DEMUX_CLEAR_XOR_FILTER), false, t));
 }
 
 Result<void> DemuxClient::setPositiveFilter(std::int32_t argument, const Bytes& first, const Bytes& second, Timeout t) {
-    auto bytes = withValue(POSITIVE, argument);
+    auto bytes = withValue(DEMUX_SET_POSITIVE_FILTER, argument);
     if (auto error = appendStrings(bytes, {&first, &second})) return *error;
     return sent(impl_->exchange(bytes, false, t));
 }
 Result<void> DemuxClient::setGreaterThanFilter(std::int32_t argument, const Bytes& first, const Bytes& second,
                                                Timeout t) {
-    auto bytes = withValue(GREATER_THAN, argument);
+    auto bytes = withValue(DEMUX_SET_GREATER_THAN_FILTER, argument);
     if (auto error = appendStrings(bytes, {&first, &second})) return *error;
     return sent(impl_->exchange(bytes, false, t));
 }
 Result<void> DemuxClient::setLessThanFilter(std::int32_t argument, const Bytes& first, const Bytes& second, Timeout t) {
-    auto bytes = withValue(LESS_THAN, argument);
+    auto bytes = withValue(DEMUX_SET_LESS_THAN_FILTER, argument);
     if (auto error = appendStrings(bytes, {&first, &second})) return *error;
     return sent(impl_->exchange(bytes, false, t));
 }
 Result<void> DemuxClient::setXorFilter(std::int32_t argument, const Bytes& first, const Bytes& second,
                                        const Bytes& third, Timeout t) {
-    auto bytes = withValue(XOR, argument);
+    auto bytes = withValue(DEMUX_SET_XOR_FILTER, argument);
     if (auto error = appendStrings(bytes, {&first, &second, &third})) return *error;
     return sent(impl_->exchange(bytes, false, t));
 }
 
 Result<DemuxClient::Bytes> DemuxClient::readSection(Timeout t) {
-    return impl_->exchange(commandWord(READ_SECTION), true, t);
+    return impl_->exchange(commandWord(DEMUX_READ_SECTION), true, t);
 }
 
 }  // namespace client

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <thread>
 
+#include "tessarine/protocol/Limits.h"
+
 namespace tessarine {
 namespace client {
 namespace detail {
@@ -20,33 +22,33 @@ int millisecondsUntil(Clock::time_point deadline) {
     return left > 1000000 ? 1000000 : static_cast<int>(left);
 }
 
-int connectUnix(const std::string& path, Clock::time_point deadline) {
+FileDescriptor connectUnix(const std::string& path, Clock::time_point deadline) {
     sockaddr_un address{};
-    if (path.size() >= sizeof address.sun_path) {
+    if (path.size() > MAX_SOCKET_PATH_LENGTH) {
         errno = ENAMETOOLONG;
-        return -1;
+        return {};
     }
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.data(), path.size());
     for (;;) {
         // Non-blocking, so that a full backlog (the bridge serves one client
         // at a time) gives EAGAIN instead of an unbounded wait.
-        const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-        if (fd < 0) return -1;
-        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-            const int flags = ::fcntl(fd, F_GETFL);
-            ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+        FileDescriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        if (!fd.valid()) return fd;
+        if (::connect(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+            const int flags = ::fcntl(fd.get(), F_GETFL);
+            ::fcntl(fd.get(), F_SETFL, flags & ~O_NONBLOCK);
             return fd;
         }
         const int error = errno;
-        ::close(fd);
+        fd.reset();
         if (error != EAGAIN) {
             errno = error;
-            return -1;
+            return fd;
         }
         if (Clock::now() >= deadline) {
             errno = ETIMEDOUT;
-            return -1;
+            return fd;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

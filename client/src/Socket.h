@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "tessarine/FileDescriptor.h"
+
 namespace tessarine {
 namespace client {
 namespace detail {
@@ -14,9 +16,10 @@ using Clock = std::chrono::steady_clock;
 enum class IoStatus { Ok, Closed, TimedOut, Failed };
 
 // Connects a Unix stream socket to `path` before `deadline`. Returns the
-// descriptor (blocking, close-on-exec) or -1 with errno set; a bridge whose
-// one-connection backlog stays full until the deadline gives ETIMEDOUT.
-int connectUnix(const std::string& path, Clock::time_point deadline);
+// descriptor (blocking, close-on-exec), or an invalid one with errno set; a
+// bridge whose one-connection backlog stays full until the deadline gives
+// ETIMEDOUT.
+FileDescriptor connectUnix(const std::string& path, Clock::time_point deadline);
 
 // Writes every byte, waiting for room until `deadline`. Never raises SIGPIPE.
 IoStatus writeAll(int fd, const void* data, std::size_t length, Clock::time_point deadline);

@@ -12,24 +12,17 @@
 #include "tessarine/Export.h"
 #include "tessarine/IpcDemuxServerListener.h"
 #include "tessarine/ServerSocket.h"
+#include "tessarine/protocol/Sockets.h"
 
 namespace tessarine {
 
 class ClientWatch;
-
-// Path of the demux socket in production.
-constexpr const char* DEMUX_SOCKET_PATH = "/dev/shm/ipcdemux.socket";
 
 // Serves the section-filter channel: a stream of 32-bit command words (host
 // byte order) with their arguments, handed to one listener on the server's
 // thread. Only read_section (13) is answered: the length, then the bytes.
 class TESSARINE_API IpcDemuxServer {
 public:
-    // The longest byte string a filter command may carry. A section is at
-    // most 4096 bytes, so no filter over one can use more; a longer length
-    // ends the connection instead of allocating for it.
-    static constexpr std::int32_t MAX_FILTER_LENGTH = 4096;
-
     // Serves DEMUX_SOCKET_PATH.
     IpcDemuxServer();
     // Serves another path (at most 107 characters), so tests and side-by-side

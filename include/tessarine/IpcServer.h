@@ -11,11 +11,9 @@
 #include "tessarine/SendBatch.h"
 #include "tessarine/ServerSocket.h"
 #include "tessarine/message.h"
+#include "tessarine/protocol/Sockets.h"
 
 namespace tessarine {
-
-// Path of the control socket in production.
-constexpr const char* CONTROL_SOCKET_PATH = "/dev/shm/ipc.socket";
 
 // Owns one Unix-domain stream socket and serves one client at a time on a
 // receive thread: cuts the stream into 1960-byte records, hands each to the

@@ -16,8 +16,9 @@ struct system_property {
 };
 
 static_assert(sizeof(system_property) == 516, "system_property is 516 bytes");
-static_assert(offsetof(system_property, name) == 4, "name at byte 12 of the record");
-static_assert(offsetof(system_property, value) == 259, "value at byte 267 of the record");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(system_property, name) == FIRST_TEXT_OFFSET, "name at byte 12");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(system_property, value) == SECOND_TEXT_OFFSET,
+              "value at byte 267 of the record");
 static_assert(offsetof(system_property, padding) == 514, "padding at bytes 522-523 of the record");
 
 }  // namespace tessarine

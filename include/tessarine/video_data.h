@@ -19,9 +19,10 @@ struct video_data {
     };
 };
 
-static_assert(offsetof(video_data, code) == 0, "code at byte 8 of the record");
-static_assert(offsetof(video_data, bounds) == 4, "payload at byte 12 of the record");
-static_assert(offsetof(video_data, text) == 4, "text at byte 12 of the record");
-static_assert(8 + sizeof(video_data) <= MESSAGE_SIZE, "video_data fits the record from byte 8");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(video_data, code) == CODE_OFFSET, "code at byte 8 of the record");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(video_data, bounds) == VIDEO_BOUNDS_OFFSET, "bounds at byte 12");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(video_data, text) == FIRST_TEXT_OFFSET, "text at byte 12");
+static_assert(TYPED_PAYLOAD_OFFSET + offsetof(video_data, flag) == VIDEO_FLAG_OFFSET, "flag at byte 12");
+static_assert(TYPED_PAYLOAD_OFFSET + sizeof(video_data) <= MESSAGE_SIZE, "video_data fits the record from byte 8");
 
 }  // namespace tessarine

@@ -18,6 +18,8 @@ extern "C" {
 
 #include <algorithm>
 
+#include "tessarine/protocol/Limits.h"
+
 namespace tessarine::broadcast {
 
 namespace {
@@ -27,7 +29,7 @@ constexpr uint16_t kNitPid = 0x10;
 constexpr uint16_t kSdtPid = 0x11;
 constexpr uint16_t kEitPid = 0x12;
 constexpr uint16_t kNullPid = 0x1FFF;
-constexpr int kMaxSection = 4096;
+constexpr int kMaxSection = static_cast<int>(tessarine::MAX_SECTION_LENGTH);
 
 DescriptorLoop loopOf(const dvbpsi_descriptor_t* d) {
     DescriptorLoop loop;

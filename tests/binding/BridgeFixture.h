@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "MiddlewareIpc.h"
+#include "tessarine/IpcServerManager.h"
 #include "support/ControlTestClient.h"
 #include "support/DemuxTestClient.h"
 #include "support/TempDir.h"

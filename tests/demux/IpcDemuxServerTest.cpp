@@ -111,7 +111,7 @@ TEST_F(IpcDemuxServerTest, ACutOrOversizedCommandEndsOnlyThatConnection) {
     {
         DemuxTestClient client(server.path());
         ASSERT_TRUE(client.sendWord(2) && client.sendWord(0x11));  // filter state set by this client
-        ASSERT_TRUE(client.sendWord(4) && client.sendWord(0) && client.sendWord(IpcDemuxServer::MAX_FILTER_LENGTH + 1));
+        ASSERT_TRUE(client.sendWord(4) && client.sendWord(0) && client.sendWord(MAX_FILTER_LENGTH + 1));
         EXPECT_TRUE(client.closedByPeer()) << "an over-long byte string closes the connection";
     }
     {

@@ -9,6 +9,7 @@
 #include "Output.h"
 #include "tessarine/client/ControlClient.h"
 #include "tessarine/client/DemuxClient.h"
+#include "tessarine/protocol/Limits.h"
 
 namespace cli {
 
@@ -18,7 +19,7 @@ class Context {
 public:
     std::string socket;     // control socket path (--socket)
     std::string socketDir;  // directory of both sockets (--socket-dir)
-    int timeoutMs = 5000;
+    int timeoutMs = static_cast<int>(tessarine::CLIENT_TIME_LIMIT.count());
     bool json = false;
     int exitCode = EXIT_OK;
 

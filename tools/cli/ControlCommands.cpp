@@ -3,6 +3,8 @@
 #include <cstring>
 
 #include "Context.h"
+#include "tessarine/protocol/Codes.h"
+#include "tessarine/protocol/Offsets.h"
 
 namespace cli {
 
@@ -55,26 +57,35 @@ void addVideo(CLI::App& app, Context& c) {
         c.emit(c.control().setVideoBounds(bounds));
     });
     video->add_subcommand("reset", "reset the main video")->callback([&c] { c.emit(c.control().resetVideo()); });
-    static int which = 3;
-    auto* language = video->add_subcommand("language", "one language query (3 or 5)");
-    language->add_option("which", which)->required()->check(CLI::IsMember({3, 5}));
+    static int which = tessarine::VIDEO_GET_LANGUAGE_3;
+    auto* language = video->add_subcommand("language", "one language query (" +
+                                                           std::to_string(tessarine::VIDEO_GET_LANGUAGE_3) + " or " +
+                                                           std::to_string(tessarine::VIDEO_GET_LANGUAGE_5) + ")");
+    language->add_option("which", which)
+        ->required()
+        ->check(CLI::IsMember({tessarine::VIDEO_GET_LANGUAGE_3, tessarine::VIDEO_GET_LANGUAGE_5}));
     language->callback([&c] { c.emit(c.control().videoLanguage(which), [](const std::string& s) { return Json(s); }); });
     video->add_subcommand("languages", "list the video languages")->callback([&c] {
         c.emit(c.control().videoLanguages(), [](const std::vector<std::string>& l) { return Json(l); });
     });
     static std::string text;
-    auto* t = video->add_subcommand("text", "send the video text (at most 254 characters)");
+    auto* t = video->add_subcommand(
+        "text", "send the video text (at most " + std::to_string(tessarine::TEXT_FIELD_CHARACTERS) + " characters)");
     t->add_option("text", text)->required();
     t->callback([&c] { c.emit(c.control().setVideoText(text)); });
-    static int flagWhich = 7;
+    static int flagWhich = tessarine::VIDEO_SET_FLAG_7;
     static bool flag = false;
-    auto* f = video->add_subcommand("flag", "set video flag 7 or 8");
-    f->add_option("which", flagWhich)->required()->check(CLI::IsMember({7, 8}));
+    auto* f = video->add_subcommand("flag", "set video flag " + std::to_string(tessarine::VIDEO_SET_FLAG_7) + " or " +
+                                                std::to_string(tessarine::VIDEO_SET_FLAG_8));
+    f->add_option("which", flagWhich)
+        ->required()
+        ->check(CLI::IsMember({tessarine::VIDEO_SET_FLAG_7, tessarine::VIDEO_SET_FLAG_8}));
     addSwitch(*f, flag);
     f->callback([&c] { c.emit(c.control().setVideoFlag(flagWhich, flag)); });
-    static int rate = 9;
-    auto* r = video->add_subcommand("rate", "one rate query (9 to 16)");
-    r->add_option("which", rate)->required()->check(CLI::Range(9, 16));
+    static int rate = tessarine::VIDEO_GET_RATE_9;
+    auto* r = video->add_subcommand("rate", "one rate query (" + std::to_string(tessarine::VIDEO_GET_RATE_9) + " to " +
+                                                std::to_string(tessarine::VIDEO_GET_RATE_16) + ")");
+    r->add_option("which", rate)->required()->check(CLI::Range(tessarine::VIDEO_GET_RATE_9, tessarine::VIDEO_GET_RATE_16));
     r->callback([&c] { c.emit(c.control().videoRate(rate), optional<std::int32_t>); });
     video->add_subcommand("graphics", "apply the graphics settings")->callback([&c] {
         c.emit(c.control().applyGraphicsSettings());
@@ -132,9 +143,10 @@ void addTunerAndCarousel(CLI::App& app, Context& c) {
     tuner->add_subcommand("ts", "the current transport stream id")->callback([&c] {
         c.emit(c.control().currentTransportStreamId(), optional<std::int32_t>);
     });
-    static int kind = 1, parameter = 0;
-    auto* ids = tuner->add_subcommand("ids", "identifiers of a kind (1 to 4) for a parameter");
-    ids->add_option("kind", kind)->required()->check(CLI::Range(1, 4));
+    static int kind = tessarine::TUNER_IDS_1, parameter = 0;
+    auto* ids = tuner->add_subcommand("ids", "identifiers of a kind (" + std::to_string(tessarine::TUNER_IDS_1) +
+                                                 " to " + std::to_string(tessarine::TUNER_IDS_4) + ") for a parameter");
+    ids->add_option("kind", kind)->required()->check(CLI::Range(tessarine::TUNER_IDS_1, tessarine::TUNER_IDS_4));
     ids->add_option("parameter", parameter)->required();
     ids->callback([&c] { c.emit(c.control().tunerIds(kind, parameter), [](const auto& l) { return Json(l); }); });
 
@@ -298,10 +310,12 @@ void addServiceInformation(CLI::App& app, Context& c) {
 void addRaw(CLI::App& app, Context& c) {
     static int type = 0, code = 0;
     static std::string hex;
-    auto* raw = app.add_subcommand("raw", "send any record (bytes from 12 on given in hex) and dump what comes back");
+    const std::string payload = std::to_string(tessarine::PAYLOAD_OFFSET);
+    auto* raw = app.add_subcommand(
+        "raw", "send any record (bytes from " + payload + " on given in hex) and dump what comes back");
     raw->add_option("--type", type, "record type")->required();
     raw->add_option("--code", code, "record code")->required();
-    raw->add_option("--hex", hex, "payload bytes from byte 12, e.g. \"07 00 00 00\"");
+    raw->add_option("--hex", hex, "payload bytes from byte " + payload + ", e.g. \"07 00 00 00\"");
     raw->callback([&c] {
         std::vector<std::uint8_t> payload;
         if (!parseHex(hex, payload)) return c.usage("--hex takes pairs of hex digits");
@@ -311,8 +325,8 @@ void addRaw(CLI::App& app, Context& c) {
                 Json frame{{"kind", f.isRecord ? "record" : "trailing"}};
                 if (f.isRecord) {
                     std::int32_t t, k;
-                    std::memcpy(&t, f.bytes.data(), 4);
-                    std::memcpy(&k, f.bytes.data() + 8, 4);
+                    std::memcpy(&t, f.bytes.data() + tessarine::TYPE_OFFSET, sizeof t);
+                    std::memcpy(&k, f.bytes.data() + tessarine::CODE_OFFSET, sizeof k);
                     frame["type"] = t;
                     frame["code"] = k;
                 }

@@ -1,5 +1,8 @@
 // demux: every command of the section-filter channel.
+#include <algorithm>
+
 #include "Context.h"
+#include "tessarine/protocol/DemuxCommands.h"
 
 namespace cli {
 
@@ -59,7 +62,14 @@ void addDemuxCommands(CLI::App& app, Context& c) {
     filter->add_option("value", value, "the integer argument")->required();
     filter->add_option("strings", strings, "byte strings in hex (\"\" for an empty one)")->required();
     filter->callback([&c] {
-        const std::size_t wanted = kind == "xor" ? 3 : 2;
+        const auto word = kind == "positive"  ? tessarine::DEMUX_SET_POSITIVE_FILTER
+                          : kind == "greater" ? tessarine::DEMUX_SET_GREATER_THAN_FILTER
+                          : kind == "less"    ? tessarine::DEMUX_SET_LESS_THAN_FILTER
+                                              : tessarine::DEMUX_SET_XOR_FILTER;
+        const auto arguments = tessarine::protocol::findDemuxCommand(word)->arguments;
+        const auto wanted = static_cast<std::size_t>(std::count_if(
+            arguments.begin(), arguments.end(),
+            [](const auto& a) { return a.kind == tessarine::protocol::DemuxArgumentKind::ByteString; }));
         std::vector<std::vector<std::uint8_t>> bytes(strings.size());
         for (std::size_t i = 0; i < strings.size(); ++i) {
             if (!parseHex(strings[i], bytes[i])) return c.usage("byte strings are pairs of hex digits");

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <csignal>
 #include <iostream>
+#include <limits>
 #include <mutex>
 #include <thread>
 
@@ -55,7 +56,7 @@ void addEventCommands(CLI::App& app, Context& c) {
     static int count = 0;
     auto* watch = app.add_subcommand("watch", "print events as they arrive, until interrupted");
     watch->add_option("--app-state", appState, "answer application-state requests with this byte (default: 0)")
-        ->check(CLI::Range(0, 255));
+        ->check(CLI::Range(0, int{std::numeric_limits<std::uint8_t>::max()}));
     watch->add_option("--count", count, "stop after this many events")->check(CLI::NonNegativeNumber);
     watch->callback([&c] {
         std::signal(SIGINT, onSignal);

@@ -1,49 +1,7 @@
 // tessarine-cli: talks to a running bridge over its control and section
 // filter sockets; one sub-command per request family.
-#include <iostream>
-
 #include "Context.h"
-
-namespace cli {
-
-tessarine::client::ControlClient& Context::control() {
-    if (!control_) {
-        tessarine::client::ClientOptions options;
-        if (!socketDir.empty()) options.socketPath = socketDir + "/ipc.socket";
-        if (!socket.empty()) options.socketPath = socket;
-        options.timeout = std::chrono::milliseconds(timeoutMs);
-        control_ = std::make_unique<tessarine::client::ControlClient>(options);
-    }
-    return *control_;
-}
-
-tessarine::client::DemuxClient& Context::demux() {
-    if (!demux_) {
-        tessarine::client::DemuxOptions options;
-        if (!socketDir.empty()) options.socketPath = socketDir + "/ipcdemux.socket";
-        options.timeout = std::chrono::milliseconds(timeoutMs);
-        demux_ = std::make_unique<tessarine::client::DemuxClient>(options);
-    }
-    return *demux_;
-}
-
-void Context::fail(const tessarine::client::Error& error) {
-    std::cerr << "tessarine-cli: " << error.message() << std::endl;
-    exitCode = exitCodeOf(error);
-}
-
-void Context::usage(const std::string& message) {
-    std::cerr << "tessarine-cli: " << message << std::endl;
-    exitCode = EXIT_USAGE;
-}
-
-void addSwitch(CLI::App& command, bool& value) {
-    command.add_option("state", value, "on or off")
-        ->required()
-        ->transform(CLI::IsMember({"on", "off", "true", "false", "1", "0"}));
-}
-
-}  // namespace cli
+#include "tessarine/protocol/Sockets.h"
 
 int main(int argc, char** argv) {
     cli::Context context;
@@ -52,8 +10,11 @@ int main(int argc, char** argv) {
         "Exit codes: 0 success, 2 usage or an argument the wire cannot carry, 3 not connected,\n"
         "4 timed out, 5 protocol error (connection lost or malformed answer).");
     app.require_subcommand(1);
-    app.add_option("--socket", context.socket, "control socket path (default /dev/shm/ipc.socket)");
-    app.add_option("--socket-dir", context.socketDir, "directory holding ipc.socket and ipcdemux.socket");
+    app.add_option("--socket", context.socket,
+                   std::string("control socket path (default ") + tessarine::CONTROL_SOCKET_PATH + ")");
+    app.add_option("--socket-dir", context.socketDir,
+                   std::string("directory holding ") + tessarine::CONTROL_SOCKET_NAME + " and " +
+                       tessarine::DEMUX_SOCKET_NAME);
     app.add_option("--timeout", context.timeoutMs, "time limit of each call in milliseconds")
         ->check(CLI::PositiveNumber);
     app.add_flag("--json", context.json, "print one JSON document per answer (one line per event in watch)");

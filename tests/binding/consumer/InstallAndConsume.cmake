@@ -25,8 +25,13 @@ endif()
 
 foreach(variant find_package pkg_config)
   set(build ${WORK_DIR}/${variant})
-  set(sockets ${WORK_DIR}/${variant}-sockets)
-  file(MAKE_DIRECTORY ${sockets})
+  # Under the temporary directory: a socket path must fit 107 characters,
+  # however deep the build directory is.
+  execute_process(COMMAND mktemp -d -t tessarine-consumer-XXXXXX
+                  OUTPUT_VARIABLE sockets OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE made)
+  if(NOT made EQUAL 0)
+    message(FATAL_ERROR "cannot make a socket directory")
+  endif()
   if(variant STREQUAL "pkg_config")
     file(GLOB_RECURSE pc_file ${prefix}/*/tessarine.pc)
     get_filename_component(pc_dir "${pc_file}" DIRECTORY)
@@ -41,6 +46,7 @@ foreach(variant find_package pkg_config)
       -DCMAKE_PREFIX_PATH=${prefix} -DUSE_PKG_CONFIG=${use_pkg_config})
   run(${CMAKE_COMMAND} --build ${build})
   run(${build}/consumer ${sockets})
+  file(REMOVE_RECURSE ${sockets})
   message(STATUS "${variant}: consumer built and ran against the installed library")
 endforeach()
 file(REMOVE_RECURSE ${WORK_DIR})

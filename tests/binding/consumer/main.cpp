@@ -10,6 +10,7 @@
 #include <string>
 
 #include <MiddlewareIpc.h>
+#include <tessarine/IpcServerManager.h>
 
 namespace middlewarefacade {
 VideoFacade* VideoFacade::createVideoFacade() { return nullptr; }
