@@ -4,11 +4,11 @@
 #include <cstdint>
 
 #include "hub/FanOut.h"
-#include "tessarine/AnswerStream.h"
 #include "tessarine/IpcServer.h"
 #include "tessarine/IpcServerListener.h"
 #include "tessarine/IpcServerManager.h"
 #include "tessarine/protocol/Requests.h"
+#include "transport/AnswerStream.h"
 #include "transport/ListEncoder.h"
 
 namespace tessarine {

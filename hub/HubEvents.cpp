@@ -2,9 +2,9 @@
 #include <cstring>
 
 #include "hub/AppStateReply.h"
-#include "tessarine/AnswerStream.h"
 #include "tessarine/IpcServerManager.h"
 #include "tessarine/TextField.h"
+#include "transport/AnswerStream.h"
 #include "transport/ChunkedText.h"
 
 namespace tessarine {

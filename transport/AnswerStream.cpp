@@ -1,4 +1,4 @@
-#include "tessarine/AnswerStream.h"
+#include "transport/AnswerStream.h"
 
 #include "tessarine/IpcServer.h"
 

@@ -10,8 +10,8 @@
 #include "support/ControlTestClient.h"
 #include "support/EventLog.h"
 #include "support/TempDir.h"
-#include "tessarine/AnswerStream.h"
 #include "tessarine/IpcServer.h"
+#include "transport/AnswerStream.h"
 
 namespace tessarine {
 namespace {

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <mutex>
 
-#include "tessarine/Export.h"
 #include "tessarine/SendBatch.h"
 
 namespace tessarine {
@@ -15,7 +14,7 @@ class IpcServer;
 // and sends whenever FLUSH_SIZE bytes are waiting, so its memory stays bounded
 // whatever the answer's length. After a failed send (the connection is then
 // dropped) nothing more is attempted and add() returns false.
-class TESSARINE_API AnswerStream final : public SendBatch {
+class AnswerStream final : public SendBatch {
 public:
     // Big enough that a send moves a socket buffer's worth at once.
     static constexpr std::size_t FLUSH_SIZE = 256 * 1024;
