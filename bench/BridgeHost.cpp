@@ -30,6 +30,10 @@ BridgeHost::BridgeHost() {
     }
     sim::Simulator::install(simulator_.get());
     adapter_ = MiddlewareIpc::getInstance();
+    // As tessarine-sim does: section reads end with their client, events count what went out.
+    IpcServerManager* hub = IpcServerManager::getInstance();
+    hub->setDemuxConnectionListener(&simulator_->demux());
+    simulator_->countSentWith([hub] { return hub->eventsSent(); });
 }
 
 BridgeHost::~BridgeHost() {

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "demux/ClientWatch.h"
 #include "tessarine/protocol/DemuxCommands.h"
 #include "tessarine/protocol/Limits.h"
 #include "transport/Diagnostics.h"
@@ -15,7 +16,7 @@ namespace tessarine {
 
 IpcDemuxServer::IpcDemuxServer() : IpcDemuxServer(DEMUX_SOCKET_PATH) {}
 
-IpcDemuxServer::IpcDemuxServer(std::string path) : path_(std::move(path)) {}
+IpcDemuxServer::IpcDemuxServer(std::string path) : path_(std::move(path)), watch_(new ClientWatch) {}
 
 IpcDemuxServer::~IpcDemuxServer() {
     stop();
@@ -26,11 +27,14 @@ void IpcDemuxServer::setListener(IpcDemuxServerListener* listener) {
     listener_.store(listener);
 }
 
+void IpcDemuxServer::setConnectionListener(ConnectionListener* listener) { watch_->setListener(listener); }
+
 void IpcDemuxServer::start() {
     if (running_.load()) return;
     if (thread_.joinable()) thread_.join();  // a thread that ended on an accept failure
 
     if (!socket_.open(path_, path_.size())) return;
+    watch_->resume();
     if (!startThread(thread_, &IpcDemuxServer::run, this)) {
         socket_.closeAll();
         return;
@@ -49,17 +53,24 @@ void IpcDemuxServer::serve() {
 }
 
 void IpcDemuxServer::serveClient() {
+    watch_->connected(socket_.client());
     std::int32_t command = 0;
     bool more = true;
     while (more && receiveWord(command)) {
         // A command that failed in the listener is dropped; the stream goes on.
         runGuarded("Demux command failed", [&] { more = handleCommand(command); });
     }
+    watch_->disconnected(!socket_.interrupted());
     socket_.closeClient();  // the filter state is left as the client set it
 }
 
 bool IpcDemuxServer::receiveWord(std::int32_t& value) {
     return unix_socket::receiveAll(socket_.client(), &value, sizeof value) == sizeof value;
+}
+
+bool IpcDemuxServer::receiveValue(std::int32_t& value) {
+    const std::size_t received = unix_socket::receiveAll(socket_.client(), &value, sizeof value);
+    return received == 0 || received == sizeof value;
 }
 
 bool IpcDemuxServer::receiveString(std::vector<unsigned char>& bytes) {
@@ -85,17 +96,18 @@ bool IpcDemuxServer::handleCommand(std::int32_t word) {
     case DEMUX_CLEAR_XOR_FILTER: listener->clear_xor_filter(); break;
     case DEMUX_SET_PID:
     case DEMUX_SET_TABLE_ID: {
-        // A value that never arrives stays at its preset; the closed
-        // connection is noticed at the next command word.
+        // A value none of which arrives stays at its preset, and the closed
+        // connection is noticed at the next command word; a value cut inside
+        // is dropped with the connection.
         std::int32_t value = -1;
-        receiveWord(value);
+        if (!receiveValue(value)) return false;
         if (command == DEMUX_SET_PID) listener->set_pid(value);
         else listener->set_table_id(value);
         break;
     }
     case DEMUX_SET_TIME_OUT: {
         std::int32_t value = 0;
-        receiveWord(value);
+        if (!receiveValue(value)) return false;
         listener->set_time_out(value);
         break;
     }
@@ -123,37 +135,32 @@ bool IpcDemuxServer::handleCommand(std::int32_t word) {
         // The client waits for an answer: a read that failed answers empty.
         std::vector<unsigned char> section;
         runGuarded("Demux command failed", [&] { section = listener->read_section(); });
-        sendSection(section);
-        break;
+        return sendSection(section);
     }
     default: break;
     }
     return true;
 }
 
-void IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
+bool IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
     // The length and the bytes leave in one buffer, not one call per byte.
     const auto length = static_cast<std::int32_t>(section.size());
     std::vector<unsigned char> out(sizeof length + section.size());
     std::memcpy(out.data(), &length, sizeof length);
     if (!section.empty()) std::memcpy(out.data() + sizeof length, section.data(), section.size());
 
-    const std::size_t sent = unix_socket::sendAll(socket_.client(), out.data(), out.size());
-    if (sent == out.size()) return;
-    if (sent < sizeof length) {
-        Diagnostics::systemError("Can't send size");
-        return;
-    }
-    // One report per section byte that did not leave, as per-byte sends would give.
-    const int error = errno;
-    for (std::size_t i = sent; i < out.size(); ++i) {
-        errno = error;
-        Diagnostics::systemError("Can't send data[i]");
-    }
+    const std::size_t sent =
+        unix_socket::sendAll(socket_.client(), out.data(), out.size(), unix_socket::STALL_LIMIT_MS);
+    if (sent == out.size()) return true;
+    // One report, and the connection ends: the client's framing is lost, and
+    // every further read would fail the same way.
+    Diagnostics::systemError(sent < sizeof length ? "Can't send size" : "Can't send data[i]");
+    return false;
 }
 
 void IpcDemuxServer::stop() {
     if (!running_.load()) return;
+    watch_->stop();  // first: the shut-down connection is not reported as a departure
     socket_.interrupt();
     if (thread_.joinable()) thread_.join();
     socket_.closeAll();

@@ -7,8 +7,8 @@
 #include "tessarine/IpcServer.h"
 #include "tessarine/IpcServerListener.h"
 #include "tessarine/IpcServerManager.h"
-#include "tessarine/SendBatch.h"
 #include "tessarine/protocol/Requests.h"
+#include "transport/AnswerStream.h"
 #include "transport/ListEncoder.h"
 
 namespace tessarine {
@@ -22,6 +22,12 @@ struct HubContext {
     IpcServerManager& hub;
     IpcServer& server;
     FanOut<IpcServerListener> listeners;
+    // Set by an answer of so many items that the memory its list held is
+    // worth giving back to the system once the list is released.
+    mutable bool largeAnswer = false;
+
+    // A list from this many items on is a large answer.
+    static constexpr std::size_t LARGE_ANSWER_ITEMS = 10000;
 
     // The code of each item of a list of `count` items, as the request's answer gives it.
     std::int32_t itemCode(std::size_t count) const {
@@ -33,13 +39,14 @@ struct HubContext {
         return request.code;
     }
 
-    // Sends `items` by the list convention as one contiguous batch.
+    // Sends `items` by the list convention as one contiguous answer.
     template <typename Items, typename WriteItem, typename Trailer = NoTrailingData>
     void sendList(message& record, const Items& items, WriteItem writeItem, Trailer trailer = {}) const {
-        SendBatch batch;
-        encodeList(batch, record, itemCode(items.size()), items, writeItem, trailer);
-        server.send(batch);
+        noteSize(items.size());
+        AnswerStream answer(server);
+        encodeList(answer, record, itemCode(items.size()), items, writeItem, trailer);
     }
+    void noteSize(std::size_t items) const { largeAnswer = largeAnswer || items >= LARGE_ANSWER_ITEMS; }
 };
 
 }  // namespace tessarine

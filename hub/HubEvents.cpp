@@ -4,6 +4,7 @@
 #include "hub/AppStateReply.h"
 #include "tessarine/IpcServerManager.h"
 #include "tessarine/TextField.h"
+#include "transport/AnswerStream.h"
 #include "transport/ChunkedText.h"
 
 namespace tessarine {
@@ -24,31 +25,38 @@ bool IpcServerManager::downloadComplete(std::string first, std::string second) {
     message record = clearedRecord(MSG_CAROUSEL, CAROUSEL_DOWNLOAD_COMPLETE);
     writeTextField(record, FIRST_TEXT_OFFSET, first);
     writeTextField(record, SECOND_TEXT_OFFSET, second);
-    return server_->sendMessage(record);
+    return counted(server_->sendMessage(record));
 }
 
 bool IpcServerManager::changeGraphicsSettings(ipcutil::Rectangle_t first, ipcutil::Rectangle_t second) {
     message record = clearedRecord(MSG_VIDEO, VIDEO_GRAPHICS_SETTINGS);
     record.put(GRAPHICS_FIRST_OFFSET, first);
     record.put(GRAPHICS_SECOND_OFFSET, second);
-    return server_->sendMessage(record);
+    return counted(server_->sendMessage(record));
 }
 
 bool IpcServerManager::endOfMedia(int handle) {
     message record = clearedRecord(MSG_MEDIA, MEDIA_END_OF_MEDIA);
     record.put(END_OF_MEDIA_HANDLE_OFFSET, handle);
-    return server_->sendMessage(record);
+    return counted(server_->sendMessage(record));
 }
 
 bool IpcServerManager::sendDsmCCCommand(ipcutil::DsmCCCommand_t command) {
     message record = clearedRecord(MSG_DSMCC, command.commandCode);
     record.put(DSMCC_VALUE_OFFSET, command.commandValue);
     record.bytes()[DSMCC_BYTE_OFFSET] = command.commandByte;
-    SendBatch batch;
-    encodeChunkedText(batch, record, DSMCC_TEXT_OFFSET, DSMCC_TEXT_SIZE, command.commandText);
     std::lock_guard<std::mutex> serial(dsmccLock_);
-    return server_->send(batch);
+    AnswerStream records(*server_);
+    encodeChunkedText(records, record, DSMCC_TEXT_OFFSET, DSMCC_TEXT_SIZE, command.commandText);
+    return counted(records.finish());
 }
+
+bool IpcServerManager::counted(bool sent) {
+    if (sent) eventsSent_.fetch_add(1);
+    return sent;
+}
+
+std::uint64_t IpcServerManager::eventsSent() const { return eventsSent_.load(); }
 
 int IpcServerManager::setApplicationState(int state) {
     IpcServer& server = *server_;

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "hub/AppStateReply.h"
 #include "hub/CarouselRequests.h"
@@ -32,6 +35,15 @@ std::string& directory() {
 }
 
 std::string socketPath(const std::string& dir, const char* name) { return dir + "/" + name; }
+
+// glibc keeps freed memory for later allocations; after a large answer's
+// lists are released that can be hundreds of MiB the process no longer uses.
+// Elsewhere the allocator decides.
+void giveFreedMemoryBack() {
+#ifdef __GLIBC__
+    ::malloc_trim(0);
+#endif
+}
 
 }  // namespace
 
@@ -118,6 +130,10 @@ void IpcServerManager::addIpcDemuxServerListener(IpcDemuxServerListener* listene
     demuxServer_->setListener(listener);
 }
 
+void IpcServerManager::setDemuxConnectionListener(ConnectionListener* listener) {
+    demuxServer_->setConnectionListener(listener);
+}
+
 void IpcServerManager::clientConnected() {
     FanOut<ConnectionListener>(listenerLock, connectionListeners_).all([](ConnectionListener& listener) {
         listener.clientConnected();
@@ -147,6 +163,11 @@ void IpcServerManager::update(message& record) {
         return;
     }
     const HubContext context{*request, *this, *server_, requestListeners()};
+    dispatch(context, record);
+    if (context.largeAnswer) giveFreedMemoryBack();  // the handler has released its lists
+}
+
+void IpcServerManager::dispatch(const HubContext& context, message& record) {
     switch (record.type) {
         case MSG_VIDEO: return VideoRequests(context).handleVideo(record);
         case MSG_APP_STATE: return AppStateReply::answer(record.bytes()[RESULT_BYTE_OFFSET]);

@@ -9,27 +9,25 @@ namespace tessarine {
 
 namespace {
 
-void appendBytes(SendBatch& batch, const std::vector<unsigned char>& bytes) {
-    if (!bytes.empty()) batch.addRaw(bytes.data(), bytes.size());
+// Each appender returns false once the batch takes no more.
+bool appendBytes(SendBatch& batch, const std::vector<unsigned char>& bytes) {
+    return bytes.empty() || batch.addRaw(bytes.data(), bytes.size());
 }
 
 // Each string as a uint32 length and its bytes, without a terminator.
-void appendStrings(SendBatch& batch, const std::vector<std::string>& strings) {
+bool appendStrings(SendBatch& batch, const std::vector<std::string>& strings) {
     for (const std::string& text : strings) {
         const auto length = static_cast<std::uint32_t>(text.size());
-        batch.addRaw(&length, sizeof length);
-        if (length > 0) batch.addRaw(text.data(), length);
+        if (!batch.addRaw(&length, sizeof length) || (length > 0 && !batch.addRaw(text.data(), length))) return false;
     }
+    return true;
 }
 
 // The three byte lists raw, then the three string lists.
-void appendTrailingData(SendBatch& batch, const program_event& event) {
-    appendBytes(batch, event.bytes0);
-    appendBytes(batch, event.bytes1);
-    appendBytes(batch, event.bytes2);
-    appendStrings(batch, event.strings0);
-    appendStrings(batch, event.strings1);
-    appendStrings(batch, event.strings2);
+bool appendTrailingData(SendBatch& batch, const program_event& event) {
+    return appendBytes(batch, event.bytes0) && appendBytes(batch, event.bytes1) && appendBytes(batch, event.bytes2) &&
+           appendStrings(batch, event.strings0) && appendStrings(batch, event.strings1) &&
+           appendStrings(batch, event.strings2);
 }
 
 // Writes an SI value at byte 12: records encode themselves, integers are copied.
@@ -68,20 +66,20 @@ void SiRequests::sendDescriptors(message& record, const std::list<descriptor>& d
 
 void SiRequests::sendProgramEvents(message& record) const {
     const auto events = context_.hub.getProgramEvents();
+    context_.noteSize(events.size());
     // All item records first, then each event's trailing data in the same order.
-    SendBatch batch;
-    encodeList(batch, record, context_.itemCode(events.size()), events, writeItem<program_event>);
-    for (const program_event& event : events) appendTrailingData(batch, event);
-    context_.server.send(batch);
+    AnswerStream answer(context_.server);
+    encodeList(answer, record, context_.itemCode(events.size()), events, writeItem<program_event>);
+    for (const program_event& event : events)
+        if (!appendTrailingData(answer, event)) break;
 }
 
 void SiRequests::sendProgramEvent(message& record) const {
     const program_event event = context_.hub.getProgramEvent();
     writeItem(record, event);
-    SendBatch batch;
-    batch.add(record);
-    appendTrailingData(batch, event);
-    context_.server.send(batch);
+    AnswerStream answer(context_.server);
+    answer.add(record);
+    appendTrailingData(answer, event);
 }
 
 void SiRequests::handle(message& record) const {

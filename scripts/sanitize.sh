@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The sanitizer runs: every test under AddressSanitizer and
-# UndefinedBehaviorSanitizer, the concurrency tests under ThreadSanitizer.
+# UndefinedBehaviorSanitizer (the attack group, label attack, among them),
+# the concurrency tests under ThreadSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh

@@ -57,8 +57,19 @@ void expectWords(const std::vector<std::string>& words, std::size_t low, std::si
 }  // namespace
 
 namespace {
-const char* const NO_CLIENT = "not sent: no client connected";
+
+// The console's answer to a notice it raised.
+std::string reply(Delivery delivery, const char* sent, const char* noListener) {
+    switch (delivery) {
+        case Delivery::Sent: return sent;
+        case Delivery::NoListener: return noListener;
+        case Delivery::NoClient: return "not sent: no client connected";
+        case Delivery::NotSent: break;
+    }
+    return "not sent: the client's connection failed";
 }
+
+}  // namespace
 
 bool Console::execute(const std::string& line) {
     std::istringstream in(line);
@@ -83,8 +94,9 @@ bool Console::execute(const std::string& line) {
             expectWords(words, 8, 8, "graphics X Y W H X Y W H");
             int v[8];
             for (int i = 0; i < 8; ++i) v[i] = int32(words[static_cast<std::size_t>(i) + 1], "each value");
-            const bool sent = simulator_.video().changeGraphics({v[0], v[1], v[2], v[3]}, {v[4], v[5], v[6], v[7]});
-            out_ << (sent ? "graphics settings sent" : simulator_.hasClient() ? "no graphics listener" : NO_CLIENT) << '\n';
+            out_ << reply(simulator_.video().changeGraphics({v[0], v[1], v[2], v[3]}, {v[4], v[5], v[6], v[7]}),
+                          "graphics settings sent", "no graphics listener")
+                 << '\n';
         } else if (command == "dsmcc") {
             if (words.size() < 4) throw std::invalid_argument("usage: dsmcc CODE VALUE BYTE TEXT");
             ipcutil::DsmCCCommand_t event{int32(words[1], "CODE"),
@@ -99,12 +111,14 @@ bool Console::execute(const std::string& line) {
                 at = line.find_first_of(" \t", line.find_first_not_of(" \t", at));
             if (at != std::string::npos) at = line.find_first_not_of(" \t", at);
             if (at != std::string::npos) event.commandText = line.substr(at);
-            const bool sent = simulator_.dsmcc().deliver("nclEditingCommand", event);
-            out_ << (sent ? "stream event sent" : simulator_.hasClient() ? "no stream event listener" : NO_CLIENT) << '\n';
+            out_ << reply(simulator_.dsmcc().deliver("nclEditingCommand", event), "stream event sent",
+                          "no stream event listener")
+                 << '\n';
         } else if (command == "download") {
             expectWords(words, 1, 2, "download FIRST [SECOND]");
-            const bool sent = simulator_.carousel().notifyDownload(words[1], words.size() > 2 ? words[2] : "");
-            out_ << (sent ? "download notice sent" : simulator_.hasClient() ? "no carousel listener" : NO_CLIENT) << '\n';
+            out_ << reply(simulator_.carousel().notifyDownload(words[1], words.size() > 2 ? words[2] : ""),
+                          "download notice sent", "no carousel listener")
+                 << '\n';
         } else if (command == "eom") {
             expectWords(words, 1, 1, "eom HANDLE");
             const int handle = int32(words[1], "HANDLE");

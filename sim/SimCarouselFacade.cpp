@@ -68,26 +68,26 @@ void SimCarouselFacade::download(const std::string& name, unsigned generation,
         std::lock_guard<std::mutex> lock(mutex_);
         if (mounted_.count(name) == 0 || generations_[name] != generation) return;
     }
-    if (!notifyDownload(download.first, download.second))
+    if (notifyDownload(download.first, download.second) == Delivery::NoListener)
         log_.note("download " + quoted(download.first) + " of " + quoted(name) + " dropped: no carousel listener");
 }
 
-bool SimCarouselFacade::notifyDownload(const std::string& first, const std::string& second) {
+Delivery SimCarouselFacade::notifyDownload(const std::string& first, const std::string& second) {
     std::set<middlewarefacade::CarouselListener*> listeners;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         listeners = listeners_;
     }
-    if (listeners.empty()) return false;
-    return gate_.pass("download " + quoted(first), [&] {
-        for (auto* listener : listeners) {
-            if (second.empty())
-                listener->downloadComplete(first);
-            else
-                listener->downloadComplete(first, second);
-        }
-        log_.event(Family::Carousel, CAROUSEL_DOWNLOAD_COMPLETE, "download complete " + quoted(first) + " " + quoted(second));
-    });
+    if (listeners.empty()) return Delivery::NoListener;
+    return gate_.pass("download " + quoted(first), Family::Carousel, CAROUSEL_DOWNLOAD_COMPLETE,
+                      "download complete " + quoted(first) + " " + quoted(second), [&] {
+                          for (auto* listener : listeners) {
+                              if (second.empty())
+                                  listener->downloadComplete(first);
+                              else
+                                  listener->downloadComplete(first, second);
+                          }
+                      });
 }
 
 }  // namespace sim

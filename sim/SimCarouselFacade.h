@@ -24,9 +24,8 @@ public:
     SimCarouselFacade(std::vector<CarouselSettings> carousels, Scheduler& scheduler, EventGate& gate, RequestLog& log)
         : carousels_(std::move(carousels)), scheduler_(scheduler), gate_(gate), log_(log) {}
 
-    // Sends a download notice now; false when no listener is registered.
-    // An empty second text uses the one-text notice.
-    bool notifyDownload(const std::string& first, const std::string& second);
+    // Sends a download notice now. An empty second text uses the one-text notice.
+    Delivery notifyDownload(const std::string& first, const std::string& second);
 
     std::string mount(std::string name) override;
     void umount(std::string name) override;

@@ -13,6 +13,10 @@ std::string filterText(int value, const std::vector<unsigned char>& first, const
     return "filter " + std::to_string(value) + ", " + bytesText(first) + ", " + bytesText(second);
 }
 
+// What a section filter can use: a 13-bit PID, an 8-bit table id, a time-out above 0.
+constexpr int MAX_PID = 0x1FFF, MAX_TABLE_ID = 0xFF;
+const char* const IGNORED = " (ignored: no filter can use it)";
+
 }  // namespace
 
 // The command numbers of the section-filter channel are the operations' positions.
@@ -37,14 +41,18 @@ void SimDemuxFacade::stop() {
 }
 
 void SimDemuxFacade::set_pid(int pid) {
-    log_.request(Family::Demux, DEMUX_SET_PID, "pid " + std::to_string(pid));
+    const bool usable = pid >= 0 && pid <= MAX_PID;
+    log_.request(Family::Demux, DEMUX_SET_PID, "pid " + std::to_string(pid) + (usable ? "" : IGNORED));
+    if (!usable) return;
     if (stream_) return stream_->set_pid(pid);
     std::lock_guard<std::mutex> lock(mutex_);
     filter_.pid = pid;
 }
 
 void SimDemuxFacade::set_table_id(int tableId) {
-    log_.request(Family::Demux, DEMUX_SET_TABLE_ID, "table id " + std::to_string(tableId));
+    const bool usable = tableId >= 0 && tableId <= MAX_TABLE_ID;
+    log_.request(Family::Demux, DEMUX_SET_TABLE_ID, "table id " + std::to_string(tableId) + (usable ? "" : IGNORED));
+    if (!usable) return;
     if (stream_) return stream_->set_table_id(tableId);
     std::lock_guard<std::mutex> lock(mutex_);
     filter_.tableId = tableId;
@@ -75,8 +83,8 @@ void SimDemuxFacade::set_xor_filter(int value, const std::vector<unsigned char>&
 }
 
 void SimDemuxFacade::set_time_out(long timeout) {
-    log_.request(Family::Demux, DEMUX_SET_TIME_OUT, "time-out " + std::to_string(timeout));
-    if (stream_) stream_->set_time_out(timeout);
+    log_.request(Family::Demux, DEMUX_SET_TIME_OUT, "time-out " + std::to_string(timeout) + (timeout > 0 ? "" : IGNORED));
+    if (stream_ && timeout > 0) stream_->set_time_out(timeout);
 }
 
 void SimDemuxFacade::clear_table_id() {
@@ -99,6 +107,14 @@ void SimDemuxFacade::clear_less_than_filter() {
 void SimDemuxFacade::clear_xor_filter() {
     log_.request(Family::Demux, DEMUX_CLEAR_XOR_FILTER, "clear xor filter");
     if (stream_) stream_->clear_xor_filter();
+}
+
+void SimDemuxFacade::clientConnected() {
+    if (stream_) stream_->setClientPresent(true);
+}
+
+void SimDemuxFacade::clientDisconnected() {
+    if (stream_) stream_->setClientPresent(false);
 }
 
 void SimDemuxFacade::quiesce() {

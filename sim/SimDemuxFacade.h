@@ -8,6 +8,7 @@
 #include "sim/RequestLog.h"
 #include "sim/SectionSource.h"
 #include "sim/broadcast/SectionFilter.h"
+#include "tessarine/ConnectionListener.h"
 
 namespace tessarine {
 namespace sim {
@@ -16,8 +17,11 @@ namespace sim {
 // reads matching sections from its source while started. The byte filters
 // are accepted and logged; the source sees only the PID and table id.
 // With a transport stream every operation goes to a filter on that stream
-// instead, byte filters and time-out included.
-class SimDemuxFacade final : public middlewarefacade::DemuxFacade {
+// instead, byte filters and time-out included. A PID, table id or time-out
+// that no filter can use (as a cut command may carry) is logged and ignored.
+// As the bridge's demux connection listener it ends a read's wait when the
+// reading client has gone.
+class SimDemuxFacade final : public middlewarefacade::DemuxFacade, public ConnectionListener {
 public:
     SimDemuxFacade(std::unique_ptr<SectionSource> source, RequestLog& log) : source_(std::move(source)), log_(log) {}
 
@@ -48,6 +52,9 @@ public:
     std::vector<unsigned char> read_section() override;
     void reserved14() override {}
     void release() override {}
+
+    void clientConnected() override;
+    void clientDisconnected() override;
 
 private:
     std::mutex mutex_;

@@ -7,7 +7,6 @@
 
 #include "middlewarefacade/DsmCCCommandFacade.h"
 #include "sim/EventGate.h"
-#include "sim/RequestLog.h"
 
 namespace tessarine {
 namespace sim {
@@ -15,10 +14,10 @@ namespace sim {
 // Stream-event commands, delivered by name to the listeners registered for it.
 class SimDsmCCCommandFacade final : public middlewarefacade::DsmCCCommandFacade {
 public:
-    SimDsmCCCommandFacade(EventGate& gate, RequestLog& log) : gate_(gate), log_(log) {}
+    explicit SimDsmCCCommandFacade(EventGate& gate) : gate_(gate) {}
 
-    // Sends the command to every listener of `eventName`; false when none listens.
-    bool deliver(const std::string& eventName, const ipcutil::DsmCCCommand_t& command);
+    // Sends the command to every listener of `eventName`.
+    Delivery deliver(const std::string& eventName, const ipcutil::DsmCCCommand_t& command);
 
     void addCommandListener(std::string eventName, middlewarefacade::DsmCCCommandListener* listener) override;
     void removeCommandListener(std::string eventName, middlewarefacade::DsmCCCommandListener* listener) override;
@@ -27,7 +26,6 @@ public:
 
 private:
     EventGate& gate_;
-    RequestLog& log_;
     std::mutex mutex_;
     std::set<std::pair<std::string, middlewarefacade::DsmCCCommandListener*>> listeners_;
 };

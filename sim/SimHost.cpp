@@ -107,7 +107,11 @@ int SimHost::run(const SimOptions& options) {
         return badInput("cannot read the transport stream " + stream + ": " + streamError);
     Simulator::install(&simulator);
     MiddlewareIpc* adapter = MiddlewareIpc::getInstance();
-    IpcServerManager::getInstance()->addConnectionListener(&simulator);
+    IpcServerManager* hub = IpcServerManager::getInstance();
+    hub->addConnectionListener(&simulator);
+    hub->setDemuxConnectionListener(&simulator.demux());  // a read waits no longer than its client stays
+    // The adapter's listener operations return nothing: the hub's count says what went out.
+    simulator.countSentWith([hub] { return hub->eventsSent(); });
     if (!socketFiles.claim(socketProblems)) {
         simulator.quiesce();
         delete adapter;

@@ -122,17 +122,16 @@ void SimVideoFacade::updateGraphicsRegion(int x, int y, int width, int height) {
     region_ = {x, y, width, height};
 }
 
-bool SimVideoFacade::changeGraphics(ipcutil::Rectangle_t first, ipcutil::Rectangle_t second) {
+Delivery SimVideoFacade::changeGraphics(ipcutil::Rectangle_t first, ipcutil::Rectangle_t second) {
     std::set<middlewarefacade::GraphicsSettingsListener*> listeners;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         listeners = graphicsListeners_;
     }
-    if (listeners.empty()) return false;
-    return gate_.pass("graphics settings change", [&] {
-        for (auto* listener : listeners) listener->graphicsSettingsChanged(first, second);
-        log_.event(Family::Video, VIDEO_GRAPHICS_SETTINGS, "graphics settings " + rectText(first) + " " + rectText(second));
-    });
+    if (listeners.empty()) return Delivery::NoListener;
+    return gate_.pass("graphics settings change", Family::Video, VIDEO_GRAPHICS_SETTINGS,
+                      "graphics settings " + rectText(first) + " " + rectText(second),
+                      [&] { for (auto* listener : listeners) listener->graphicsSettingsChanged(first, second); });
 }
 
 // Media players.
@@ -356,10 +355,9 @@ void SimVideoFacade::deliverEnd(int handle, const std::set<middlewarefacade::Med
         log_.note("end of media for handle " + std::to_string(handle) + ": no listener");
         return;
     }
-    gate_.pass("end of media for handle " + std::to_string(handle), [&] {
-        for (auto* listener : listeners) listener->endOfMedia(handle);
-        log_.event(Family::Media, MEDIA_END_OF_MEDIA, "end of media, handle " + std::to_string(handle));
-    });
+    gate_.pass("end of media for handle " + std::to_string(handle), Family::Media, MEDIA_END_OF_MEDIA,
+               "end of media, handle " + std::to_string(handle),
+               [&] { for (auto* listener : listeners) listener->endOfMedia(handle); });
 }
 
 std::vector<std::string> SimVideoFacade::describePlayers() {

@@ -24,9 +24,8 @@ public:
     SimVideoFacade(const VideoSettings& settings, std::vector<MediaItem> media, Scheduler& scheduler,
                    EventGate& gate, RequestLog& log);
 
-    // Sends a graphics-plane change to every graphics listener; false when
-    // there was none to tell.
-    bool changeGraphics(ipcutil::Rectangle_t first, ipcutil::Rectangle_t second);
+    // Sends a graphics-plane change to every graphics listener.
+    Delivery changeGraphics(ipcutil::Rectangle_t first, ipcutil::Rectangle_t second);
     // Ends the medium of `handle` now, as if it had reached its end; false
     // for an unknown handle.
     bool endMedium(int handle);

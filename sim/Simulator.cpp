@@ -25,7 +25,7 @@ Simulator::Simulator(const Scenario& scenario, RequestLog& log)
       carousel_(scenario.carousels, scheduler_, gate_, log),
       demux_(std::make_unique<ScenarioSections>(scenario.sections), log),
       tuner_(scenario.tuner, log),
-      dsmcc_(gate_, log),
+      dsmcc_(gate_),
       version_(scenario.versionFlags, log) {}
 
 Simulator::~Simulator() { quiesce(); }
@@ -101,7 +101,7 @@ void Simulator::startTimeline() {
     }
     for (const auto& change : scenario_.graphics) {
         scheduler_.after(std::chrono::duration<double>(change.at), [this, generation, change] {
-            if (timeline_ == generation && !video_.changeGraphics(change.first, change.second))
+            if (timeline_ == generation && video_.changeGraphics(change.first, change.second) == Delivery::NoListener)
                 log_.note("graphics change dropped: no graphics listener");
         }, timelineTasks_);
     }
@@ -110,7 +110,8 @@ void Simulator::startTimeline() {
 void Simulator::streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due) {
     if (timeline_ != generation) return;
     const StreamEvent& event = scenario_.streamEvents[index];
-    if (!dsmcc_.deliver(event.name, event.command)) log_.note("stream event \"" + event.name + "\" dropped: no listener");
+    if (dsmcc_.deliver(event.name, event.command) == Delivery::NoListener)
+        log_.note("stream event \"" + event.name + "\" dropped: no listener");
     std::lock_guard<std::mutex> lock(timelineMutex_);  // no repeat queued after the client left
     if (event.every && timeline_ == generation) {
         // From the due time, not from now, so that a repeating event keeps its period.

@@ -60,6 +60,8 @@ public:
     bool hasClient() const { return connected_.load(); }
     // True once a client is connected; false when `patience` runs out first.
     bool waitForClient(std::chrono::duration<double> patience);
+    // How the bridge tells which notices went out (EventGate::countSentWith).
+    void countSentWith(std::function<std::uint64_t()> sent) { gate_.countSentWith(std::move(sent)); }
 
     // Stops every notice to the bridge and the simulator's thread. After it
     // the bridge can be deleted while the facades still exist.

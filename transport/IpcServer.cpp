@@ -1,7 +1,6 @@
 #include "tessarine/IpcServer.h"
 
 #include <sys/socket.h>
-#include <sys/time.h>
 
 #include <cerrno>
 
@@ -10,16 +9,6 @@
 #include "transport/UnixSocket.h"
 
 namespace tessarine {
-
-namespace {
-
-void setSendTimeout(int fd) {
-    timeval timeout{};
-    timeout.tv_sec = SEND_TIME_LIMIT.count();
-    ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
-}
-
-}  // namespace
 
 IpcServer::IpcServer(IpcListener* listener, const char* path, int length)
     : listener_(listener),
@@ -56,7 +45,10 @@ void* IpcServer::run(void* self) {
 void IpcServer::serve() {
     running_.store(true);
     while (socket_.accept()) {
-        setSendTimeout(socket_.client());
+        {
+            std::lock_guard<std::mutex> send(sendLock_);
+            dropped_.store(false);
+        }
         if (!serveClient()) return;
     }
 }
@@ -68,6 +60,8 @@ bool IpcServer::serveClient() {
     buffer.clear();
     for (;;) {
         const std::size_t received = unix_socket::receiveAll(socket_.client(), buffer.bytes(), MESSAGE_SIZE);
+        // Requests still queued from a dropped client would only fail again.
+        if (dropped_.load()) break;
         // A record cut short by the peer's close is still delivered, with the
         // previous record's tail; the next receive then ends the connection.
         if (received > 0 && listener_ != nullptr) deliver(buffer);
@@ -96,11 +90,12 @@ void IpcServer::closeClient() {
 
 std::size_t IpcServer::writeToClient(const unsigned char* data, std::size_t length) {
     const int fd = socket_.client();
-    const std::size_t sent = unix_socket::sendAll(fd, data, length);
-    if (sent < length && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-        // The stream is cut inside a record: end the connection, the
-        // receive thread then closes it as for any departed client.
+    const std::size_t sent = unix_socket::sendAll(fd, data, length, unix_socket::STALL_LIMIT_MS);
+    if (sent < length && fd >= 0) {
+        // The stream may be cut inside a record, so the connection cannot go
+        // on: shut it down, and the receive thread ends it as for a departed client.
         const int error = errno;
+        dropped_.store(true);
         ::shutdown(fd, SHUT_RDWR);
         errno = error;
     }
@@ -124,14 +119,18 @@ bool IpcServer::sendMessage(const void* data, unsigned int length) {
 bool IpcServer::send(const SendBatch& batch) {
     if (batch.empty()) return true;
     std::lock_guard<std::mutex> send(sendLock_);
+    return sendLocked(batch);
+}
+
+bool IpcServer::sendLocked(const SendBatch& batch) {
     const std::size_t sent = writeToClient(batch.bytes_.data(), batch.bytes_.size());
     if (sent == batch.bytes_.size()) return true;
-    // Report every piece that did not leave whole, as separate sends would.
-    const int error = errno;
+    // One report, for the piece that did not leave whole: the rest of the
+    // answer is not attempted on a connection that failed.
     for (const SendBatch::Piece& piece : batch.pieces_) {
         if (piece.end <= sent) continue;
-        errno = error;
         Diagnostics::systemError(piece.raw ? "Can't send raw message" : "Can't send message");
+        break;
     }
     return false;
 }

@@ -18,18 +18,20 @@ struct NoTrailingData {
 // `writeItem(record, item)` fills its fields and the record is appended.
 // Bytes an item does not write keep what the previous item left.
 // `trailer(batch, item)` appends data that follows an item's record.
+// Encoding stops when the batch can take no more (its connection failed).
 template <typename Items, typename WriteItem, typename Trailer = NoTrailingData>
 void encodeList(SendBatch& batch, message& record, std::int32_t itemCode, const Items& items,
                 WriteItem writeItem, Trailer trailer = {}) {
     const std::int32_t type = record.type;
     record.type = MSG_LIST_HEADER;
     record.code = static_cast<std::int32_t>(items.size());
-    batch.add(record);
+    const bool open = batch.add(record);
     record.type = type;
     record.code = itemCode;
+    if (!open) return;
     for (const auto& item : items) {
         writeItem(record, item);
-        batch.add(record);
+        if (!batch.add(record)) return;
         trailer(batch, item);
     }
 }

@@ -2,15 +2,17 @@
 
 namespace tessarine {
 
-void SendBatch::add(const message& record) {
+bool SendBatch::add(const message& record) {
     bytes_.insert(bytes_.end(), record.bytes(), record.bytes() + MESSAGE_SIZE);
     pieces_.push_back({bytes_.size(), false});
+    return appended();
 }
 
-void SendBatch::addRaw(const void* data, std::size_t length) {
+bool SendBatch::addRaw(const void* data, std::size_t length) {
     const auto* begin = static_cast<const unsigned char*>(data);
     bytes_.insert(bytes_.end(), begin, begin + length);
     pieces_.push_back({bytes_.size(), true});
+    return appended();
 }
 
 void SendBatch::clear() {

@@ -1,10 +1,14 @@
 #include "transport/UnixSocket.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstdio>
 #include <cstring>
 
 #include "tessarine/protocol/Limits.h"
@@ -47,16 +51,33 @@ int acceptClient(int listenFd) {
     }
 }
 
-std::size_t sendAll(int fd, const void* data, std::size_t length) {
+std::size_t sendAll(int fd, const void* data, std::size_t length, int stallLimitMs) {
+    using Clock = std::chrono::steady_clock;
     const auto* bytes = static_cast<const unsigned char*>(data);
     std::size_t sent = 0;
+    // One clock for the whole call, restarted by every byte that goes: a
+    // client that stalls after taking part waits the limit once, not per send.
+    auto lastProgress = Clock::now();
     while (sent < length) {
-        const ssize_t n = ::send(fd, bytes + sent, length - sent, MSG_NOSIGNAL);
-        if (n < 0) {
-            if (errno == EINTR) continue;
+        const ssize_t n = ::send(fd, bytes + sent, length - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (n > 0) {
+            sent += static_cast<std::size_t>(n);
+            lastProgress = Clock::now();
+            continue;
+        }
+        if (n < 0 && errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK) break;
+        int wait = -1;
+        if (stallLimitMs >= 0) {
+            const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastProgress);
+            wait = static_cast<int>(std::max<long long>(0, stallLimitMs - waited.count()));
+        }
+        pollfd room{fd, POLLOUT, 0};
+        const int ready = ::poll(&room, 1, wait);
+        if (ready == 0) {
+            errno = EAGAIN;
             break;
         }
-        sent += static_cast<std::size_t>(n);
+        if (ready < 0 && errno != EINTR) break;
     }
     return sent;
 }

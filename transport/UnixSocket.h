@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 
 #include "tessarine/FileDescriptor.h"
+#include "tessarine/protocol/Limits.h"
 
 namespace tessarine {
 namespace unix_socket {
@@ -20,9 +22,14 @@ bool bindAndListen(int fd, const std::string& path, std::size_t length);
 // Accepts one connection (close-on-exec), retrying on EINTR. -1 on failure.
 int acceptClient(int listenFd);
 
+// SEND_TIME_LIMIT in the unit sendAll takes, for both servers.
+constexpr int STALL_LIMIT_MS = static_cast<int>(std::chrono::milliseconds(SEND_TIME_LIMIT).count());
+
 // Sends all bytes with MSG_NOSIGNAL (never SIGPIPE), continuing after partial
-// sends and EINTR. Returns the number sent; below `length`, errno says why.
-std::size_t sendAll(int fd, const void* data, std::size_t length);
+// sends and EINTR. With `stallLimitMs` at 0 or more it gives up when no byte
+// has gone for that long (errno EAGAIN); below 0 it waits as long as it takes.
+// Returns the number sent; below `length`, errno says why.
+std::size_t sendAll(int fd, const void* data, std::size_t length, int stallLimitMs = -1);
 
 // Receives until `length` bytes have arrived, the peer closes, or an error.
 // Returns the number received; below `length`, errno says why (0 on close).

@@ -42,14 +42,16 @@ public:
     void stop();
 
     // Sends one whole record to the connected client. False (and "Can't send
-    // message" on stderr) when it could not be sent whole.
+    // message" on stderr) when it could not be sent whole. A client that
+    // takes none of it for 5 seconds is dropped: its connection is shut down
+    // and ends as if the client had gone.
     bool sendMessage(message& record);
     // Sends raw bytes as they are. False (and "Can't send raw message") when
     // they could not be sent whole.
     bool sendMessage(const void* data, unsigned int length);
-    // Sends a batch contiguously under one hold of the send lock. Each piece
-    // that could not be sent is reported with its own message. Returns
-    // whether the batch's last piece was sent (true for an empty batch).
+    // Sends a batch contiguously under one hold of the send lock. The first
+    // piece that could not be sent is reported (one line for the batch), and
+    // the rest is not attempted. Returns whether the whole batch was sent.
     bool send(const SendBatch& batch);
 
     // Receive-thread body; `self` is the server. Returns null.
@@ -59,20 +61,28 @@ public:
     const std::string& path() const { return path_; }
 
 private:
+    friend class AnswerStream;  // sends under a hold of the send lock it keeps
+
     void serve();
     // Serves the connection; false when stop() ended it.
     bool serveClient();
     // Hands a record to the listener; an exception from it is reported, not passed on.
     void deliver(message& record);
     // Writes to the client under the send lock; the bytes written, with errno
-    // set by the failed call when short. A stalled client is disconnected.
+    // set by the failed call when short. A connection that failed a send is
+    // dropped: shut down, so that the receive thread ends it.
     std::size_t writeToClient(const unsigned char* data, std::size_t length);
+    // send() with the send lock already held.
+    bool sendLocked(const SendBatch& batch);
     void closeClient();
 
     IpcListener* listener_;
     std::thread thread_;
     std::mutex sendLock_;  // one record or batch leaves whole under it; held to close the client
     std::atomic<bool> running_{false};
+    // Set when a send to the connected client failed; its queued requests
+    // are then not served. Cleared for each new connection.
+    std::atomic<bool> dropped_{false};
     bool pathValid_;
     std::string path_;
     int pathLength_;

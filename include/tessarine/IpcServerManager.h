@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -20,6 +22,7 @@ namespace tessarine {
 
 template <typename Listener>
 class FanOut;
+struct HubContext;
 
 // The process-wide hub of the control channel. It owns both socket servers,
 // consumes every control record, asks its registered IpcServerListeners by
@@ -50,6 +53,11 @@ public:
     void removeConnectionListener(ConnectionListener* listener);
     // Hands the listener straight to the demux server; no lock, no copy.
     void addIpcDemuxServerListener(IpcDemuxServerListener* listener);
+    // Hands the listener to the demux server, which tells it when a section
+    // client connects and when it has gone, even while a section read is in
+    // progress (IpcDemuxServer::setConnectionListener). A host whose reads
+    // wait ends them then. Null: nobody, and nothing is watched.
+    void setDemuxConnectionListener(ConnectionListener* listener);
 
     // IpcListener: the dispatcher and connection events (control server thread).
     void update(message& record) override;
@@ -119,6 +127,10 @@ public:
     // One record, or a header and chunks for texts above 1920 characters;
     // calls are serialised. True when the last record was sent.
     bool sendDsmCCCommand(ipcutil::DsmCCCommand_t command);
+    // How many of the events above reached the client whole since this hub
+    // was built. The listener operations through which a host raises events
+    // return nothing, so this is how the host learns what went out.
+    std::uint64_t eventsSent() const;
 
     // Asks the client to change its application state and waits for its
     // answer byte. Returns 0 at once when the request cannot be sent, and 0
@@ -138,12 +150,17 @@ private:
     // The request listeners under the process-wide listener lock: every
     // query and broadcast goes through this, by one of its rules.
     FanOut<IpcServerListener> requestListeners();
+    // Counts an event that was sent; returns `sent`.
+    bool counted(bool sent);
+    // Hands a known record to its request family.
+    void dispatch(const HubContext& context, message& record);
 
     std::unique_ptr<IpcServer> server_;
     std::unique_ptr<IpcDemuxServer> demuxServer_;
     std::set<IpcServerListener*> listeners_;
     std::set<ConnectionListener*> connectionListeners_;
     std::mutex dsmccLock_;  // the records of two DSM-CC commands never interleave
+    std::atomic<std::uint64_t> eventsSent_{0};
 };
 
 }  // namespace tessarine

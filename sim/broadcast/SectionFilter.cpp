@@ -145,13 +145,21 @@ void SectionFilter::clear_xor_filter() {
 
 std::vector<unsigned char> SectionFilter::read_section() {
     std::unique_lock<std::mutex> lock(mutex_);
-    if (!running_ || pid_ < 0) return {};
+    if (!running_ || pid_ < 0 || !clientPresent_) return {};
     arrived_.wait_for(lock, std::chrono::milliseconds(timeoutMs_),
-                      [this] { return !queue_.empty() || !running_; });
+                      [this] { return !queue_.empty() || !running_ || !clientPresent_; });
     if (queue_.empty()) return {};
     Bytes section = std::move(queue_.front());
     queue_.pop_front();
     return section;
+}
+
+void SectionFilter::setClientPresent(bool present) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        clientPresent_ = present;
+    }
+    arrived_.notify_all();
 }
 
 bool SectionFilter::offer(const uint8_t* section, size_t length) {

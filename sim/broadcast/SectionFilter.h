@@ -73,6 +73,10 @@ public:
     void clear_xor_filter();
     std::vector<unsigned char> read_section();
 
+    // While the reading client is absent a read does not wait: a waiting
+    // read returns now, and later ones return at once until it is back.
+    void setClientPresent(bool present);
+
 private:
     bool offer(const uint8_t* section, size_t length) override;
     void change(const std::function<void(FilterSettings&)>& edit);
@@ -83,6 +87,7 @@ private:
     FilterSettings settings_;
     int pid_ = -1;
     bool running_ = true;
+    bool clientPresent_ = true;
     long timeoutMs_ = DEFAULT_TIMEOUT_MS;
     std::deque<Bytes> queue_;
 };

@@ -202,6 +202,19 @@ TEST_F(StreamThroughBridge, DemuxReadsSdtAndEitByteIdenticalAndTimesOutOnNoMatch
     EXPECT_LT(waited, 3000ms);
 }
 
+TEST_F(StreamThroughBridge, AttackAReadLeftWaitingByADepartedClientEndsAtOnce) {
+    auto sim = serve({"--ts", dataFile("broadcast.ts")});
+    filter(0x1234, 0x42, 60000);  // no such PID: the read would wait its whole minute
+    ASSERT_TRUE(demux->sendWord(13));
+    std::this_thread::sleep_for(200ms);
+    demux = std::make_unique<DemuxTestClient>(sockets.path() + "/ipcdemux.socket");  // and the first one goes
+    const auto left = std::chrono::steady_clock::now();
+    filter(0x1234, 0x42, 100);
+    auto none = demux->readSection(5000ms);
+    EXPECT_TRUE(none && none->empty()) << "the next application is served";
+    EXPECT_LT(std::chrono::steady_clock::now() - left, 1000ms);
+}
+
 TEST_F(StreamThroughBridge, ANewVersionReplacesTheOld) {
     const Bytes ts = readFile(dataFile("broadcast-version.ts"));
     auto sim = serve({"--ts", dataFile("broadcast-version.ts")});

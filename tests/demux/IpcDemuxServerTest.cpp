@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -120,12 +121,33 @@ TEST_F(IpcDemuxServerTest, ACutOrOversizedCommandEndsOnlyThatConnection) {
     }
     {
         DemuxTestClient client(server.path());
+        ASSERT_TRUE(client.sendWord(2) && client.sendBytes("\x11\x22", 2));  // a value cut inside
+    }
+    {
+        DemuxTestClient client(server.path());
         ASSERT_TRUE(client.sendWord(3));  // set_table_id whose value never arrives
     }
     ASSERT_TRUE(listener.calls.waitFor(2));
     std::this_thread::sleep_for(50ms);
-    // The cut filters never reach the listener; a value that never arrives stays at its preset.
+    // Cut commands never reach the listener; a value none of which arrives stays at its preset.
     EXPECT_EQ(listener.calls.snapshot(), (Calls{"pid 17", "table -1"}));
+}
+
+TEST_F(IpcDemuxServerTest, AttackAClientThatNeverReadsItsSectionsIsDroppedWithinTheLimitAndReportedOnce) {
+    listener.section.assign(4096, 0x47);
+    const std::vector<std::int32_t> reads(1000, 13);  // 4 MB of answers, never read
+    ::testing::internal::CaptureStderr();
+    const auto asked = std::chrono::steady_clock::now();
+    DemuxTestClient greedy(server.path());
+    ASSERT_TRUE(greedy.sendBytes(reads.data(), reads.size() * sizeof reads[0]));
+    DemuxTestClient next(server.path());  // waits in the backlog
+    auto section = next.readSection(9000ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, 5500ms);
+    const std::string report = ::testing::internal::GetCapturedStderr();
+    ASSERT_TRUE(section) << "the next application is served";
+    EXPECT_EQ(section->size(), 4096u);
+    EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 1) << report;  // "Can't send size" or "data[i]"
+    EXPECT_EQ(report.rfind("Can't send ", 0), 0u) << report;
 }
 
 TEST(IpcDemuxServerLifecycle, StopEndsABlockedThreadAndTheServerRestarts) {

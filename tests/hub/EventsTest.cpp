@@ -102,6 +102,20 @@ TEST_F(EventsTest, ApplicationStateReturnsTheAnswerOrZeroWhenItCannotComeAnymore
     EXPECT_EQ(orphan.get(), 0);
 }
 
+TEST_F(EventsTest, AttackAClientThatStopsReadingFreesTheControlThreadWithinTheLimitAndIsReportedOnce) {
+    lower.services.resize(20000);  // a 39 MB answer, never read
+    hub->addIpcServerListener(&lower);
+    ::testing::internal::CaptureStderr();
+    const auto asked = std::chrono::steady_clock::now();
+    ASSERT_TRUE(client->send(makeRecord(MSG_SI, 6)));
+    testing::ControlTestClient next(dir.file("ipc.socket"));  // waits in the backlog
+    ASSERT_TRUE(next.send(makeRecord(MSG_VERSION, 0)));
+    EXPECT_TRUE(next.receive(9000ms)) << "the next application is served";
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, 5500ms);
+    const std::string report = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(report, "Can't send message: Resource temporarily unavailable\n");
+}
+
 TEST(AppStateReplyTest, AnAnswerThatArrivesBeforeTheWaitBeginsEndsIt) {
     EXPECT_EQ(AppStateReply::exchange([] { return AppStateReply::answer(0xC8), true; }), 0xC8);
     EXPECT_EQ(AppStateReply::exchange([] { return AppStateReply::connectionEnded(), true; }), 0);

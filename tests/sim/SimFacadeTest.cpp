@@ -200,15 +200,30 @@ TEST_F(SimulatorTest, NothingReachesTheBridgeWithoutAClientOrAfterQuiesce) {
     sim.video().open("a", handle);
     sim.video().addMediaListener(handle, &bridge);
     sim.video().addGraphicsSettingsListener(&bridge);
-    EXPECT_FALSE(sim.video().changeGraphics({}, {})) << "no client yet";
+    EXPECT_EQ(sim.video().changeGraphics({}, {}), Delivery::NoClient) << "no client yet";
     EXPECT_NE(logText.str().find("graphics settings change dropped: no client connected"), std::string::npos);
     sim.clientConnected();
     sim.video().play(handle);
     sim.quiesce();
-    EXPECT_FALSE(sim.video().changeGraphics({}, {}));
+    EXPECT_EQ(sim.video().changeGraphics({}, {}), Delivery::NoClient);
     EXPECT_TRUE(sim.video().endMedium(handle));  // the player ends, the notice is held back
     std::this_thread::sleep_for(150ms);
     EXPECT_EQ(bridge.log.size(), 0u);
+}
+
+TEST_F(SimulatorTest, OnlyNoticesTheBridgeGotOutAreCountedAndReportedAsSent) {
+    const Scenario scenario = scenarioFrom("{}");
+    Simulator sim(scenario, log);
+    sim.clientConnected();
+    sim.dsmcc().addCommandListener("nclEditingCommand", &bridge);
+    std::ostringstream out;
+    Console console(sim, [](int) { return 0; }, out);
+    sim.countSentWith([&] { return bridge.log.size(); });  // stands in for the hub's count
+    console.execute("dsmcc 1 2 3 went");
+    sim.countSentWith([] { return std::uint64_t{7}; });  // the bridge's send failed
+    console.execute("dsmcc 1 2 3 lost");
+    EXPECT_EQ(out.str(), "stream event sent\nnot sent: the client's connection failed\n");
+    EXPECT_EQ(sim.status()[2], "events sent: 1");
 }
 
 TEST_F(SimulatorTest, SectionsAndTunerListsFollowTheirFilters) {
@@ -222,6 +237,8 @@ TEST_F(SimulatorTest, SectionsAndTunerListsFollowTheirFilters) {
     demux.start();
     demux.set_pid(32);
     demux.set_table_id(2);
+    demux.set_pid(-1);  // values no filter can use, as a command cut short carries, are ignored
+    demux.set_table_id(-1);
     EXPECT_EQ(demux.read_section(), (std::vector<unsigned char>{2, 1}));
     EXPECT_EQ(demux.read_section(), (std::vector<unsigned char>{2, 2}));
     EXPECT_EQ(demux.read_section(), (std::vector<unsigned char>{2, 1}));

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace tessarine {
@@ -33,6 +36,14 @@ private:
 inline std::size_t entriesIn(const std::string& directory) {
     const std::filesystem::directory_iterator all(directory);
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+// The process's resident set in bytes, from /proc/self/statm.
+inline std::size_t residentBytes() {
+    std::ifstream statm("/proc/self/statm");
+    std::size_t pages = 0, resident = 0;
+    statm >> pages >> resident;
+    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
 }  // namespace testing

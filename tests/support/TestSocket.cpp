@@ -45,6 +45,8 @@ void TestSocket::close() {
     fd_ = -1;
 }
 
+void TestSocket::finishSending() { ::shutdown(fd_, SHUT_WR); }
+
 bool TestSocket::sendBytes(const void* data, std::size_t length) {
     const auto* bytes = static_cast<const unsigned char*>(data);
     while (length > 0) {

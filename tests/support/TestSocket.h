@@ -29,6 +29,8 @@ public:
     // Writes all bytes; false when the peer is gone.
     bool sendBytes(const void* data, std::size_t length);
     bool sendWord(std::int32_t word) { return sendBytes(&word, sizeof word); }
+    // Tells the peer that nothing more will come (it reads end of stream).
+    void finishSending();
 
     // Exactly `length` bytes, or nothing when they do not all arrive in time.
     std::optional<std::vector<unsigned char>> receiveBytes(std::size_t length,

@@ -11,6 +11,7 @@
 #include "support/EventLog.h"
 #include "support/TempDir.h"
 #include "tessarine/IpcServer.h"
+#include "transport/AnswerStream.h"
 
 namespace tessarine {
 namespace {
@@ -203,7 +204,8 @@ TEST_F(IpcServerTest, AHeldBatchIsNeverSplitByOtherSenders) {
     ControlTestClient client(socketPath());
     ASSERT_TRUE(listener.log.waitFor(1));
 
-    constexpr int BATCHES = 40, BATCH_RECORDS = 25, SENDERS = 3, EVENTS_PER_SENDER = 300;
+    // A batch of 150 records leaves in several pieces under one hold of the lock.
+    constexpr int BATCHES = 40, BATCH_RECORDS = 150, SENDERS = 3, EVENTS_PER_SENDER = 300;
     std::atomic<bool> go{false};
     std::vector<std::thread> threads;
     for (int s = 0; s < SENDERS; ++s) {
@@ -219,14 +221,13 @@ TEST_F(IpcServerTest, AHeldBatchIsNeverSplitByOtherSenders) {
     threads.emplace_back([&] {
         while (!go) std::this_thread::yield();
         for (int b = 0; b < BATCHES; ++b) {
-            SendBatch batch;
+            AnswerStream batch(*server);
             message item = makeRecord(MSG_SI, 6);
             for (int i = 0; i < BATCH_RECORDS; ++i) {
                 item.put<std::int32_t>(12, i);
                 batch.add(item);
                 batch.addRaw("trail", 5);  // raw bytes the reader must find right after each record
             }
-            server->send(batch);
         }
     });
     go = true;

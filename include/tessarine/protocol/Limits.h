@@ -28,8 +28,9 @@ inline constexpr std::size_t MAX_LOCATOR_LENGTH = 1943;
 inline constexpr std::size_t MAX_SOCKET_PATH_LENGTH = 107;
 // One client at a time: a second one waits in the backlog until the first leaves.
 inline constexpr int LISTEN_BACKLOG = 1;
-// A control client that takes none of a record for this long is treated as
-// gone: a host thread sending an event must never block forever on it.
+// A client of either channel that takes no byte of an answer for this long
+// (measured once per answer) is treated as gone and its connection dropped:
+// a stuck application must never hold a server's or a host's thread longer.
 inline constexpr std::chrono::seconds SEND_TIME_LIMIT{5};
 
 // --- The section-filter channel ---
