@@ -17,7 +17,7 @@
 #include "bench/Measurement.h"
 #include "bench/RawPeer.h"
 #include "bench/SimProcess.h"
-#include "bench/TempDirectory.h"
+#include "tests/support/TempDir.h"
 #include "sim/broadcast/Broadcast.h"
 #include "tessarine/FileDescriptor.h"
 #include "tessarine/client/ControlClient.h"
@@ -61,7 +61,7 @@ std::string scenarioWithServices(std::int64_t count) {
 // (first and last byte of the answer) and through the client library.
 void simServices(benchmark::State& state) {
     const std::int64_t count = state.range(0);
-    TempDirectory directory;
+    testing::TempDir directory;
     std::ofstream(directory.file("services.json")) << scenarioWithServices(count);
     SimProcess sim(directory.path(), {"--scenario", directory.file("services.json")});
     FileDescriptor socket = connectTo(directory.file("ipc.socket"));
@@ -164,7 +164,7 @@ void rawTsInput(benchmark::State& state) {
 // connection: anything kept per request shows as growth.
 void simMemory(benchmark::State& state) {
     const std::int64_t requests = state.range(0);
-    TempDirectory directory;
+    testing::TempDir directory;
     SimProcess sim(directory.path(), {});
     client::ClientOptions options;
     options.socketPath = directory.file("ipc.socket");

@@ -2,7 +2,7 @@
 // while the control thread is busy answering requests.
 #include <thread>
 
-#include "BridgeFixture.h"
+#include "BridgeTest.h"
 
 namespace tessarine {
 namespace testing {

@@ -7,7 +7,7 @@
 #include <set>
 #include <thread>
 
-#include "BridgeFixture.h"
+#include "ClientBridgeFixture.h"
 #include "support/EventLog.h"
 
 namespace tessarine {
@@ -16,7 +16,7 @@ namespace {
 constexpr int EVENTS_PER_KIND = 40;
 constexpr int CALLS_PER_THREAD = 30;
 
-class ControlInterleavingTest : public testing::BridgeFixture {
+class ControlInterleavingTest : public testing::ClientBridgeFixture {
 protected:
     // A member, so that it outlives the client (TearDown destroys the client).
     testing::EventLog<std::string> events;

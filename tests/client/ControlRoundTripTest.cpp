@@ -6,7 +6,7 @@
 #include <limits>
 #include <thread>
 
-#include "BridgeFixture.h"
+#include "ClientBridgeFixture.h"
 #include "support/EventLog.h"
 
 namespace tessarine {
@@ -17,7 +17,7 @@ using Calls = std::vector<std::string>;
 using testing::ScriptedListener;
 constexpr auto hexOf = ScriptedListener::hexOf;
 
-class ControlRoundTripTest : public testing::BridgeFixture {
+class ControlRoundTripTest : public testing::ClientBridgeFixture {
 protected:
     // The listener's calls since the last look. Commands have no answer: one
     // answered call afterwards (left out) proves that the bridge has handled
