@@ -6,12 +6,12 @@ set -uo pipefail
 cd "$(dirname "$0")/.."
 ref=${1:-HEAD}
 work=$PWD/build/mutation/$(git rev-parse --short "$ref")
-rm -rf "$work" && mkdir -p "$work" && git archive "$ref" | tar -x -C "$work"
+[ -d "$work" ] || { mkdir -p "$work" && git archive "$ref" | tar -x -C "$work"; }  # kept: a rerun builds little
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CMAKE_C_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=/work CCACHE_DIR=/work/.ccache
 cmake -S "$work" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null || exit 1
-lib='^(hub|binding|demux|transport|client|broadcast|sim|tools)_.*test$'
-cli='^(client|tools|broadcast)_.*test$'
-simt='^(sim|broadcast|tools)_.*test$'
+lib='^(hub|binding|demux|transport|client)_.*test$'
+cli='^(client|tools)_.*test$'
+simt='^sim_.*test$'
 # file | sed expression | tests that could catch it
 faults=$(cat <<'LIST'
 hub/MediaRequests.cpp|s/argument(record, MEDIA_FIRST_OFFSET)/argument(record, MEDIA_SECOND_OFFSET)/|LIB
@@ -20,34 +20,23 @@ hub/MediaRequests.cpp|/record.put(MEDIA_HANDLE_OFFSET, handle);/d|LIB
 hub/MediaRequests.cpp|s/hub.setMediaBassLevel(/hub.setMediaTrebleLevel(/|LIB
 hub/VideoRequests.cpp|s/code <= VIDEO_GET_RATE_16/code < VIDEO_GET_RATE_16/|LIB
 hub/PropertyRequests.cpp|s/writeTextField(record, SECOND_TEXT_OFFSET,/writeTextField(record, FIRST_TEXT_OFFSET,/|LIB
-hub/PropertyRequests.cpp|s/listener.removeSystemProperty(name);//|LIB
 hub/FanOut.h|s/if (visit(\*listener)) return;/visit(*listener);/|LIB
-hub/SiRequests.cpp|s/(length > 0 \&\&/(length > 1 \&\&/|LIB
-hub/TunerRequests.cpp|s/record.code == TUNER_CURRENT_TS_ID/record.code != TUNER_CURRENT_TS_ID/|LIB
 transport/ChunkedText.cpp|s/text.size() <= CHUNK_SIZE/text.size() < CHUNK_SIZE/|LIB
-transport/ListEncoder.h|s/if (!batch.add(record)) return;/batch.add(record);/|LIB
 binding/MiddlewareIpc.cpp|s/code > tessarine::VIDEO_GET_RATE_16/code >= tessarine::VIDEO_GET_RATE_16/|LIB
 binding/MiddlewareIpc.cpp|s/return video->getLanguage5();/return video->getLanguage3();/|LIB
 binding/MiddlewareIpc.cpp|s/video->setMediaMute(handle, wireBool(mute))/video->setMediaMute(handle, false)/|LIB
 binding/MiddlewareIpc.cpp|s/set_xor_filter(value, first, second, third)/set_xor_filter(value, first, third, second)/|LIB
-binding/RecordConverter.cpp|s/stream.value4 <= 3/stream.value4 <= 4/|LIB
-demux/IpcDemuxServer.cpp|s/if (length > MAX_FILTER_LENGTH) return false;//|LIB
-demux/IpcDemuxServer.cpp|s/case DEMUX_CLEAR_XOR_FILTER: listener->clear_xor_filter(); break;/case DEMUX_CLEAR_XOR_FILTER: break;/|LIB
 client/src/ControlClientMedia.cpp|s/locator.size() > MAX_LOCATOR_LENGTH/locator.size() >= MAX_LOCATOR_LENGTH/|CLI
 client/src/ControlClientMedia.cpp|s/flag ? 1 : 0/flag ? 0 : 1/|CLI
 client/src/ControlClientMedia.cpp|s/(MEDIA_SECOND_OFFSET, second)/(MEDIA_SECOND_OFFSET, first)/|CLI
 client/src/ControlClientMedia.cpp|s/return detail::rectangleAt(\*answer, MEDIA_BOUNDS_OFFSET);/return detail::rectangleAt(*answer, MEDIA_HANDLE_OFFSET);/|CLI
-client/src/DemuxClient.cpp|s/> options.maxSectionLength/>= options.maxSectionLength/|CLI
 client/src/Expectation.cpp|s/e.code = answer.item;/e.code = code;/|CLI
-client/src/StreamReader.cpp|s/if (got == 0) return IoStatus::Closed;//|CLI
 sim/SimVideoFacade.cpp|s/return settings_.language5;/return settings_.language3;/|SIM
-sim/SimVideoFacade.cpp|s/player.position + elapsed/player.position/|SIM
 sim/SimVideoFacade.cpp|/if (listeners.empty()) return Delivery::NoListener;/d|SIM
-sim/SimPropertyFacade.cpp|/properties_.remove_if/d|SIM
 sim/SimTunerFacade.cpp|s/return settings_.currentTransportStreamId;/return settings_.currentTransportStreamId + 1;/|SIM
 LIST
 )
-cmake --build "$work/build" -j2 >"$work/build.log" 2>&1 || { echo "the unchanged tree does not build"; exit 1; }
+cmake --build "$work/build" -j2 --target $(cd "$work/build" && ctest -N | awk '/Test *#/ {print $3}' | grep -E "$lib|$simt" | grep -v install_consumer) tessarine-sim >"$work/build.log" 2>&1 || { echo "the unchanged tree does not build"; exit 1; }
 (cd "$work/build" && ctest -j2 -R "$lib" -E '_attack$' >"$work/ctest.log" 2>&1) || { echo "unchanged tree fails:"; grep -E 'Failed|Timeout' "$work/ctest.log"; exit 1; }
 caught=0 missed=0 n=0
 while IFS='|' read -r file expr set; do
@@ -56,7 +45,7 @@ while IFS='|' read -r file expr set; do
   cp "$work/$file" "$work/$file.orig"
   sed -i "$expr" "$work/$file"
   if cmp -s "$work/$file" "$work/$file.orig"; then echo "fault $n: NOT PLANTED $file $expr"; mv "$work/$file.orig" "$work/$file"; continue; fi
-  targets=$(cd "$work/build" && ctest -N -R "$re" | awk '/Test *#/ {print $3}')
+  targets=$(cd "$work/build" && ctest -N -R "$re" | awk '/Test *#/ {print $3}' | grep -v install_consumer)
   if ! cmake --build "$work/build" -j2 --target $targets tessarine-sim >"$work/build.log" 2>&1; then
     result=caught-by-build
   elif (cd "$work/build" && timeout 900 ctest -j2 -R "$re" -E '_attack$' >"$work/ctest.log" 2>&1); then
