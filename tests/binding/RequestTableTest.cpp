@@ -130,6 +130,11 @@ TEST_F(RequestTableTest, VideoAndAudioRequestsReachTheirOperationsWithTheirValue
     for (int code = 9; code <= 16; ++code)
         rows.push_back({rec(MSG_VIDEO, code), "getRate" + std::to_string(code) + "()", {{12, 100 + code}}, {}});
     check(rows);
+    fakes.video.initCrop[0] = {1, 2, 3, 4};
+    fakes.video.initCrop[1] = {5, 6, 7, 8};
+    ipcutil::Rectangle_t first{}, second{};
+    adapter->getInitCropValue(&first, &second);
+    EXPECT_EQ((std::vector<int>{first.x, first.height, second.x, second.height}), (std::vector<int>{1, 4, 5, 8}));
 }
 
 TEST_F(RequestTableTest, MediaRequestsReachTheirOperationsWithTheHandle) {
@@ -138,6 +143,7 @@ TEST_F(RequestTableTest, MediaRequestsReachTheirOperationsWithTheHandle) {
         {rec(MSG_MEDIA, 1, {{12, 2}}), "getDuration(2)", {{16, 103}}, {}},
         {rec(MSG_MEDIA, 2, {{12, 2}}), "getCurrentTime(2)", {{16, 104}}, {}},
         {rec(MSG_MEDIA, 3, {{12, 2}, {16, 3}, {20, 4}}), "setCurrentTime(2, 3, 4)", {{16, 105}}, {}},
+        {rec(MSG_MEDIA, 4, {{12, 2}}), callText("addMediaListener", 2, base<middlewarefacade::MediaListener>()), {}, {}},
         {rec(MSG_MEDIA, 5, {{12, 2}}), "play(2)", {}, {}},
         {rec(MSG_MEDIA, 6, {{12, 2}}), "close(2)", {}, {}},
         {rec(MSG_MEDIA, 7, {{12, 2}}), "stop(2)", {}, {}},
