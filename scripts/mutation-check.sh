@@ -20,19 +20,30 @@ hub/MediaRequests.cpp|/record.put(MEDIA_HANDLE_OFFSET, handle);/d|LIB
 hub/MediaRequests.cpp|s/hub.setMediaBassLevel(/hub.setMediaTrebleLevel(/|LIB
 hub/VideoRequests.cpp|s/code <= VIDEO_GET_RATE_16/code < VIDEO_GET_RATE_16/|LIB
 hub/PropertyRequests.cpp|s/writeTextField(record, SECOND_TEXT_OFFSET,/writeTextField(record, FIRST_TEXT_OFFSET,/|LIB
+hub/PropertyRequests.cpp|s/listener.removeSystemProperty(name);//|LIB
 hub/FanOut.h|s/if (visit(\*listener)) return;/visit(*listener);/|LIB
+hub/SiRequests.cpp|s/(length > 0 \&\&/(length > 1 \&\&/|LIB
+hub/TunerRequests.cpp|s/record.code == TUNER_CURRENT_TS_ID/record.code != TUNER_CURRENT_TS_ID/|LIB
 transport/ChunkedText.cpp|s/text.size() <= CHUNK_SIZE/text.size() < CHUNK_SIZE/|LIB
+transport/ListEncoder.h|s/if (!batch.add(record)) return;/batch.add(record);/|LIB
 binding/MiddlewareIpc.cpp|s/code > tessarine::VIDEO_GET_RATE_16/code >= tessarine::VIDEO_GET_RATE_16/|LIB
 binding/MiddlewareIpc.cpp|s/return video->getLanguage5();/return video->getLanguage3();/|LIB
 binding/MiddlewareIpc.cpp|s/video->setMediaMute(handle, wireBool(mute))/video->setMediaMute(handle, false)/|LIB
 binding/MiddlewareIpc.cpp|s/set_xor_filter(value, first, second, third)/set_xor_filter(value, first, third, second)/|LIB
+binding/RecordConverter.cpp|s/stream.value4 <= 3/stream.value4 <= 4/|LIB
+demux/IpcDemuxServer.cpp|s/if (length > MAX_FILTER_LENGTH) return false;//|LIB
+demux/IpcDemuxServer.cpp|s/case DEMUX_CLEAR_XOR_FILTER: listener->clear_xor_filter(); break;/case DEMUX_CLEAR_XOR_FILTER: break;/|LIB
 client/src/ControlClientMedia.cpp|s/locator.size() > MAX_LOCATOR_LENGTH/locator.size() >= MAX_LOCATOR_LENGTH/|CLI
 client/src/ControlClientMedia.cpp|s/flag ? 1 : 0/flag ? 0 : 1/|CLI
 client/src/ControlClientMedia.cpp|s/(MEDIA_SECOND_OFFSET, second)/(MEDIA_SECOND_OFFSET, first)/|CLI
 client/src/ControlClientMedia.cpp|s/return detail::rectangleAt(\*answer, MEDIA_BOUNDS_OFFSET);/return detail::rectangleAt(*answer, MEDIA_HANDLE_OFFSET);/|CLI
 client/src/Expectation.cpp|s/e.code = answer.item;/e.code = code;/|CLI
+client/src/StreamReader.cpp|s/if (got == 0) return IoStatus::Closed;//|CLI
+client/src/DemuxClient.cpp|s/> options.maxSectionLength/>= options.maxSectionLength/|CLI
 sim/SimVideoFacade.cpp|s/return settings_.language5;/return settings_.language3;/|SIM
 sim/SimVideoFacade.cpp|/if (listeners.empty()) return Delivery::NoListener;/d|SIM
+sim/SimVideoFacade.cpp|s/player.position + elapsed/player.position/|SIM
+sim/SimPropertyFacade.cpp|/properties_.remove_if/d|SIM
 sim/SimTunerFacade.cpp|s/return settings_.currentTransportStreamId;/return settings_.currentTransportStreamId + 1;/|SIM
 LIST
 )
@@ -54,6 +65,7 @@ while IFS='|' read -r file expr set; do
     result=caught
   fi
   [ "$result" = MISSED ] && missed=$((missed + 1)) || caught=$((caught + 1))
+  [ "$result" = caught ] && result="caught by $(grep -oE '[0-9]+ - [a-z_]+' "$work/ctest.log" | cut -d' ' -f3 | tr '\n' ' ')"
   echo "fault $n: $result  $file  $expr"
   mv "$work/$file.orig" "$work/$file"
 done <<<"$faults"
