@@ -66,6 +66,7 @@ protected:
         si.network = {"net", 31};
         si.transportStream = {41, 42, "x", 99, 44, 2, 43};
         si.programEvent = {61, 62, 63, 64, "t0", "t1", "t2", 99, 65, 66, 67, {}, {}, {}, {}, {}, {}};
+        si.programEvents = {si.programEvent};
         BridgeTest::SetUp();
     }
 
@@ -182,6 +183,7 @@ TEST_F(RequestTableTest, ServiceInformationRequestsReadTheHostsRecordsFieldByFie
     check({
         {rec(MSG_SI, 0), "getSICodingFormat()", {}, {12, "fmt"}},
         {rec(MSG_SI, 2), "getProgramEvent()", {{12, 61}, {16, 62}, {20, 63}, {24, 64}, {32, 65}, {36, 66}, {40, 67}}, {299, "t1"}},
+        {rec(MSG_SI, 1), "getProgramEvents()", {{12, 61}, {40, 67}}, {44, "t0"}},
         {rec(MSG_SI, 4), "getCASystemIds()", {{12, 91}}, {}},
         {rec(MSG_SI, 5), "isProtectedService()", {{12, 1}}, {}},
         {rec(MSG_SI, 6), "getServices()", {{12, 51}, {16, 52}, {20, 53}, {24, 54}, {28, 55}}, {36, "svc"}},
@@ -192,6 +194,7 @@ TEST_F(RequestTableTest, ServiceInformationRequestsReadTheHostsRecordsFieldByFie
         {rec(MSG_SI, 14), "getNetwork()", {{12, 31}}, {16, "net"}},
         {rec(MSG_SI, 16, {{12, 1}}), "getPMTs(1)", {{12, 81}, {24, 84}}, {}},
         {rec(MSG_SI, 3, {{12, 4}, {20, 5}, {24, 6}}), "getProgramEventDescriptors(5, 6)", {}, {}},
+        {rec(MSG_SI, 9, {{12, 4}, {20, 7}, {24, 8}}), "getProgramEventDescriptors(7, 8)", {}, {}},
         {rec(MSG_SI, 11, {{12, 4}}), "getServiceComponentDescriptors(4)", {}, {}},
         {rec(MSG_SI, 13, {{12, 4}}), "getTransportStreamDescriptors(4)", {}, {}},
         {rec(MSG_SI, 15), "getNetworkDescriptors()", {}, {}},
