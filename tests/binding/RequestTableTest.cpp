@@ -13,6 +13,7 @@ namespace testing {
 namespace {
 
 using Ints = std::vector<std::pair<std::size_t, int>>;
+using Bytes = std::vector<unsigned char>;
 
 struct Row {
     message request;
@@ -102,7 +103,9 @@ protected:
             EXPECT_EQ(run(row.request, answer), std::vector<std::string>{row.call}) << label;
             if (row.answer.empty() && row.text.second.empty()) continue;
             ASSERT_TRUE(answer) << label;
-            for (const auto& [at, value] : row.answer) EXPECT_EQ(answer->get<std::int32_t>(at), value) << label << " @" << at;
+            for (const auto& [at, value] : row.answer) {
+                EXPECT_EQ(answer->get<std::int32_t>(at), value) << label << " @" << at;
+            }
             if (!row.text.second.empty()) {
                 EXPECT_EQ(readText(*answer, row.text.first), row.text.second) << label;
             }
@@ -144,11 +147,13 @@ TEST_F(RequestTableTest, MediaRequestsReachTheirOperationsWithTheHandle) {
         {rec(MSG_MEDIA, 1, {{12, 2}}), "getDuration(2)", {{16, 103}}, {}},
         {rec(MSG_MEDIA, 2, {{12, 2}}), "getCurrentTime(2)", {{16, 104}}, {}},
         {rec(MSG_MEDIA, 3, {{12, 2}, {16, 3}, {20, 4}}), "setCurrentTime(2, 3, 4)", {{16, 105}}, {}},
-        {rec(MSG_MEDIA, 4, {{12, 2}}), callText("addMediaListener", 2, base<middlewarefacade::MediaListener>()), {}, {}},
+        {rec(MSG_MEDIA, 4, {{12, 2}}), callText("addMediaListener", 2, base<middlewarefacade::MediaListener>()), {},
+         {}},
         {rec(MSG_MEDIA, 5, {{12, 2}}), "play(2)", {}, {}},
         {rec(MSG_MEDIA, 6, {{12, 2}}), "close(2)", {}, {}},
         {rec(MSG_MEDIA, 7, {{12, 2}}), "stop(2)", {}, {}},
-        {rec(MSG_MEDIA, 8, {{12, 2}, {16, 5}, {20, 6}, {24, 7}, {28, 8}}), "setMediaBounds(2, 5, 6, 7, 8)", {{16, 110}}, {}},
+        {rec(MSG_MEDIA, 8, {{12, 2}, {16, 5}, {20, 6}, {24, 7}, {28, 8}}), "setMediaBounds(2, 5, 6, 7, 8)",
+         {{16, 110}}, {}},
         {rec(MSG_MEDIA, 9, {{12, 2}}), "getMediaBounds(2)", {{16, 11}, {20, 12}, {24, 13}, {28, 14}}, {}},
         {byte(MSG_MEDIA, 10, 16), "setMediaFreeze(2, true)", {}, {}},
         {level(MSG_MEDIA, 11, 0.1), callText("setMediaBalanceLevel", 2, 0.1), {}, {}},
@@ -182,7 +187,8 @@ TEST_F(RequestTableTest, PropertyTunerAndCarouselRequestsReachTheirOperations) {
 TEST_F(RequestTableTest, ServiceInformationRequestsReadTheHostsRecordsFieldByField) {
     check({
         {rec(MSG_SI, 0), "getSICodingFormat()", {}, {12, "fmt"}},
-        {rec(MSG_SI, 2), "getProgramEvent()", {{12, 61}, {16, 62}, {20, 63}, {24, 64}, {32, 65}, {36, 66}, {40, 67}}, {299, "t1"}},
+        {rec(MSG_SI, 2), "getProgramEvent()", {{12, 61}, {16, 62}, {20, 63}, {24, 64}, {32, 65}, {36, 66}, {40, 67}},
+         {299, "t1"}},
         {rec(MSG_SI, 1), "getProgramEvents()", {{12, 61}, {40, 67}}, {44, "t0"}},
         {rec(MSG_SI, 4), "getCASystemIds()", {{12, 91}}, {}},
         {rec(MSG_SI, 5), "isProtectedService()", {{12, 1}}, {}},
@@ -212,11 +218,11 @@ TEST_F(RequestTableTest, DemuxCommandsReachTheirOperationsWithTheirValues) {
         if (command < 4 || command > 7) continue;
         ASSERT_TRUE(demux->sendWord(command));
         for (int s = 0; s < (command == 7 ? 3 : 2); ++s)
-            ASSERT_TRUE(demux->sendString(std::vector<unsigned char>(static_cast<std::size_t>(s + 1), static_cast<unsigned char>(s))));
+            ASSERT_TRUE(demux->sendString(Bytes(static_cast<std::size_t>(s + 1), static_cast<unsigned char>(s))));
     }
     fakes.demux.section = {0xca, 0xfe};
-    EXPECT_EQ(demux->readSection(), (std::vector<unsigned char>{0xca, 0xfe}));
-    const std::vector<unsigned char> a{0}, b{1, 1}, c{2, 2, 2};
+    EXPECT_EQ(demux->readSection(), (Bytes{0xca, 0xfe}));
+    const Bytes a{0}, b{1, 1}, c{2, 2, 2};
     EXPECT_EQ(fakes.demux.log.calls(), (std::vector<std::string>{
         "start()", "stop()", "set_pid(102)", "set_table_id(103)", callText("set_positive_filter", 4, a, b),
         callText("set_greater_than_filter", 5, a, b), callText("set_less_than_filter", 6, a, b),

@@ -118,7 +118,7 @@ TEST_F(SimProgram, ALiveServerIsLeftAloneAStaleOneReplacedAndItsOwnSocketsRemove
 }
 
 constexpr const char* FAMILIES_SCENARIO = R"({
-    "video": {"bounds": {"x": 11, "y": 22, "width": 333, "height": 444}, "language3": "qaa",
+    "video": {"bounds": {"x": 11, "y": 22, "width": 333, "height": 444}, "language3": "qaa", "language5": "qbb",
               "languages": ["l1", "l2"], "rates": [90, 91, 92, 93, 94, 95, 96, 97]},
     "properties": {"p.one": "v1", "p.two": "v2"},
     "tuner": {"currentTransportStreamId": 4242, "idLists": [{"kind": 2, "ids": [5, 9]}]},
@@ -144,6 +144,7 @@ TEST_F(SimProgram, VersionVideoPropertyAndAudioAreAnsweredFromTheScenario) {
               (std::vector<int>{11, 22, 333, 444}));
     EXPECT_EQ(ask(client, makeRecord(MSG_VIDEO, 12)).get<int>(12), 93);
     EXPECT_EQ(textAt(ask(client, makeRecord(MSG_VIDEO, 3)), 12), "qaa");
+    EXPECT_EQ(textAt(ask(client, makeRecord(MSG_VIDEO, 5)), 12), "qbb");
     auto languages = client.askList(makeRecord(MSG_VIDEO, 4));
     ASSERT_EQ(languages.size(), 2u);
     EXPECT_EQ(textAt(languages[1], 12), "l2");
