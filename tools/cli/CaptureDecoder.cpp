@@ -119,9 +119,9 @@ void CaptureDecoder::control(const CaptureBlock& block, Json& out) {
     out["code"] = WireNames::codeName(type, code);
     out["role"] = role;
     out["tessarine.type"] = type;
+    if (findRecordType(type) == nullptr) return problem(out, "unknown record type");
     out["tessarine." + WireNames::family(type) + ".code"] = code;
     if (type == MSG_LIST_HEADER) out["tessarine.list.count"] = code;
-    if (findRecordType(type) == nullptr) problem(out, "unknown record type");
     if (bytes.size() < MESSAGE_SIZE) return problem(out, "record cut short: " + std::to_string(bytes.size()) + " bytes");
     for (const Field& f : fields) out[WireNames::field(type, f)] = value(bytes, f);
 }
