@@ -2,6 +2,7 @@
 // the socket, the hub, the adapter and the simulator's facades, and back;
 // each against raw records over the same kind of socket.
 #include <array>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -13,6 +14,7 @@
 #include "bench/CountDown.h"
 #include "bench/Measurement.h"
 #include "bench/RawPeer.h"
+#include "tessarine/IpcServerManager.h"
 #include "tessarine/client/ControlClient.h"
 #include "tessarine/message.h"
 
@@ -56,6 +58,20 @@ void bridgeCall(benchmark::State& state, Call call) {
     for (auto _ : state) measurement.time([&] { ok = call(*control) && ok; });
     if (!ok) state.SkipWithError("a call failed");
     measurement.finish(static_cast<double>(state.iterations()), "call");
+}
+
+// The same call with the capture on: what the tap costs a round trip. The
+// limit is high enough that the capture lasts the whole measurement.
+void capturedCall(benchmark::State& state) {
+    const std::string file = BridgeHost::instance().directory() + "/bench.pcapng";
+    IpcServerManager* hub = IpcServerManager::getInstance();
+    if (!hub->startCapture(file, std::uint64_t{4} << 30)) {
+        state.SkipWithError("the capture did not start");
+        return;
+    }
+    bridgeCall(state, [](ControlClient& c) { return c.checkVersion(1).ok(); });
+    hub->stopCapture();
+    std::remove(file.c_str());
 }
 
 void rawCall(benchmark::State& state) {
@@ -217,6 +233,7 @@ void registerControlCases(bool smoke) {
                  [](ControlClient& c) { return c.checkVersion(1).ok(); });
     registerCase(smoke, "call/property/bridge", bridgeCall<bool (*)(ControlClient&)>,
                  [](ControlClient& c) { return c.systemProperty("system.language").ok(); });
+    registerCase(smoke, "call/version/captured", capturedCall);
     registerCase(smoke, "call/raw", rawCall);
 
     for (const auto& [name, kind] : {std::pair{"services", ListKind::Services},

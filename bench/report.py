@@ -121,6 +121,8 @@ def build_table(results):
         t.add(f"one-record call ({call})", "p99", t.get(name, "p99_us"), t.get(raw, "p99_us"), (1.30, "<="), unit="µs")
         t.add(f"one-record call ({call})", "CPU per call", t.get(name, "cpu_us_per_call"),
               t.get(raw, "cpu_us_per_call"), (1.5, "<="), unit="µs")
+    t.add("one-record call (version), capture on", "p50", t.get("call/version/captured", "p50_us"),
+          t.get("call/version/bridge", "p50_us"), (1.10, "<="), unit="µs")
     for kind, label in LIST_KINDS:
         for n in LIST_LENGTHS:
             b, r = f"list/{kind}/bridge/{n}", f"list/{kind}/raw/{n}"
