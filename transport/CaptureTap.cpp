@@ -88,6 +88,12 @@ void CaptureTap::record(Channel channel, std::uint32_t direction, const void* da
     const auto* bytes = static_cast<const unsigned char*>(data);
     queue_.push_back({micros, channel, direction, std::vector<unsigned char>(bytes, bytes + length)});
     queuedBytes_ += length;
+    // A busy channel wakes the writer once the queue is half full, so that a
+    // burst is written before it fills the queue; a quiet one waits for the interval.
+    if (!wakeRequested_ && queuedBytes_ >= queueLimit_ / 2) {
+        wakeRequested_ = true;
+        wake_.notify_one();
+    }
 }
 
 std::uint64_t CaptureTap::dropped() const {
@@ -99,9 +105,10 @@ void CaptureTap::writeLoop() {
     std::vector<Entry> batch;
     std::unique_lock<std::mutex> hold(lock_);
     for (;;) {
-        wake_.wait_for(hold, WRITE_INTERVAL, [this] { return stopping_; });
+        wake_.wait_for(hold, WRITE_INTERVAL, [this] { return stopping_ || wakeRequested_; });
         batch.swap(queue_);
         queuedBytes_ = 0;
+        wakeRequested_ = false;
         const bool stopping = stopping_;
         hold.unlock();
         const bool goOn = writeEntries(batch);

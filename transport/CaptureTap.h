@@ -25,7 +25,8 @@ public:
 
     static constexpr std::uint64_t DEFAULT_MAX_BYTES = 64ull << 20;
     static constexpr std::size_t DEFAULT_QUEUE_BYTES = 4u << 20;
-    // How often the writer empties the queue: a killed host loses at most this much.
+    // How often the writer empties the queue when it is not woken earlier: a
+    // killed host loses at most this much.
     static constexpr std::chrono::milliseconds WRITE_INTERVAL{200};
 
     explicit CaptureTap(std::size_t queueBytes = DEFAULT_QUEUE_BYTES);
@@ -76,6 +77,7 @@ private:
     std::size_t queuedBytes_ = 0;
     std::uint64_t dropped_[2] = {0, 0};
     bool stopping_ = false;
+    bool wakeRequested_ = false;  // the queue passed half full since the writer last took it
     std::thread writer_;
     PcapngWriter file_;  // the writer thread's alone while it runs
     std::string path_;

@@ -10,19 +10,6 @@ namespace tessarine {
 
 namespace {
 
-constexpr std::uint32_t SECTION_HEADER = 0x0A0D0D0A;
-constexpr std::uint32_t INTERFACE_DESCRIPTION = 1;
-constexpr std::uint32_t INTERFACE_STATISTICS = 5;
-constexpr std::uint32_t ENHANCED_PACKET = 6;
-constexpr std::uint32_t BYTE_ORDER_MAGIC = 0x1A2B3C4D;
-constexpr std::uint16_t OPT_END = 0;
-constexpr std::uint16_t OPT_COMMENT = 1;
-constexpr std::uint16_t IF_NAME = 2;
-constexpr std::uint16_t EPB_FLAGS = 2;
-constexpr std::uint16_t ISB_IFDROP = 5;
-
-std::size_t padded(std::size_t length) { return (length + 3) & ~std::size_t{3}; }
-
 template <typename T>
 void put(std::vector<unsigned char>& out, T value) {
     unsigned char bytes[sizeof value];
@@ -33,7 +20,7 @@ void put(std::vector<unsigned char>& out, T value) {
 void putBytes(std::vector<unsigned char>& out, const void* data, std::size_t length) {
     const auto* begin = static_cast<const unsigned char*>(data);
     out.insert(out.end(), begin, begin + length);
-    out.resize(out.size() + padded(length) - length, 0);
+    out.resize(out.size() + PcapngWriter::padded(length) - length, 0);
 }
 
 void putOption(std::vector<unsigned char>& out, std::uint16_t code, const void* value, std::size_t length) {

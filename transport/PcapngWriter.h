@@ -21,6 +21,19 @@ public:
     // The epb_flags direction values.
     static constexpr std::uint32_t INBOUND = 1;
     static constexpr std::uint32_t OUTBOUND = 2;
+    // The block types and option codes written (readers use them too).
+    static constexpr std::uint32_t SECTION_HEADER = 0x0A0D0D0A;
+    static constexpr std::uint32_t INTERFACE_DESCRIPTION = 1;
+    static constexpr std::uint32_t INTERFACE_STATISTICS = 5;
+    static constexpr std::uint32_t ENHANCED_PACKET = 6;
+    static constexpr std::uint32_t BYTE_ORDER_MAGIC = 0x1A2B3C4D;
+    static constexpr std::uint16_t OPT_END = 0;
+    static constexpr std::uint16_t OPT_COMMENT = 1;
+    static constexpr std::uint16_t IF_NAME = 2;
+    static constexpr std::uint16_t EPB_FLAGS = 2;
+    static constexpr std::uint16_t ISB_IFDROP = 5;
+    // A length padded to the 32-bit boundary that blocks and options keep.
+    static constexpr std::size_t padded(std::size_t length) { return (length + 3) & ~std::size_t{3}; }
 
     // Creates (or truncates) the file; false with errno set when it cannot.
     bool open(const std::string& path);

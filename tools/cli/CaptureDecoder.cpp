@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "../wireshark/WireNames.h"
+#include "transport/PcapngWriter.h"
 
 namespace cli {
 
@@ -13,7 +14,7 @@ using wire::WireNames;
 
 namespace {
 
-constexpr std::uint32_t INBOUND = 1, OUTBOUND = 2;
+constexpr std::uint32_t INBOUND = PcapngWriter::INBOUND, OUTBOUND = PcapngWriter::OUTBOUND;
 
 template <typename T>
 T at(const std::vector<std::uint8_t>& bytes, std::size_t offset) {
@@ -62,9 +63,9 @@ Json CaptureDecoder::decode(const CaptureBlock& block) {
         return out;
     }
     out["direction"] = block.direction == INBOUND ? "in" : block.direction == OUTBOUND ? "out" : "?";
-    if (block.linkType == 147) {
+    if (block.linkType == PcapngWriter::LINKTYPE_CONTROL) {
         control(block, out);
-    } else if (block.linkType == 148) {
+    } else if (block.linkType == PcapngWriter::LINKTYPE_SECTIONS) {
         sections(block, out);
     } else {
         problem(out, "unknown link type " + std::to_string(block.linkType));

@@ -4,16 +4,11 @@
 #include <fstream>
 #include <iterator>
 
+#include "transport/PcapngWriter.h"
+
 namespace cli {
 
-namespace {
-constexpr std::uint32_t SECTION_HEADER = 0x0A0D0D0A;
-constexpr std::uint32_t INTERFACE_DESCRIPTION = 1;
-constexpr std::uint32_t INTERFACE_STATISTICS = 5;
-constexpr std::uint32_t ENHANCED_PACKET = 6;
-constexpr std::uint32_t BYTE_ORDER_MAGIC = 0x1A2B3C4D;
-std::size_t padded(std::size_t length) { return (length + 3) & ~std::size_t{3}; }
-}  // namespace
+using tessarine::PcapngWriter;
 
 template <typename T>
 T CaptureReader::read(std::size_t at) const {
@@ -29,11 +24,11 @@ bool CaptureReader::open(const std::string& path) {
         return false;
     }
     data_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    if (data_.size() < 12 || read<std::uint32_t>(0) != SECTION_HEADER) {
+    if (data_.size() < 12 || read<std::uint32_t>(0) != PcapngWriter::SECTION_HEADER) {
         error_ = path + " is not a pcapng file";
         return false;
     }
-    if (read<std::uint32_t>(8) != BYTE_ORDER_MAGIC) {
+    if (read<std::uint32_t>(8) != PcapngWriter::BYTE_ORDER_MAGIC) {
         error_ = path + " was written on a host of the other byte order";
         return false;
     }
@@ -44,12 +39,11 @@ void CaptureReader::readOptions(std::size_t at, std::size_t end, CaptureBlock& b
     while (at + 4 <= end) {
         const auto code = read<std::uint16_t>(at), length = read<std::uint16_t>(at + 2);
         at += 4;
-        if (code == 0 || at + length > end) return;
-        if (code == 1) block.comment.assign(reinterpret_cast<const char*>(data_.data() + at), length);
-        // epb_flags of a packet, isb_ifdrop of statistics: both code 2 or 5 by block kind
-        if (block.kind == CaptureBlock::PACKET && code == 2 && length == 4) block.direction = read<std::uint32_t>(at) & 3;
-        if (block.kind == CaptureBlock::STATISTICS && code == 5 && length == 8) block.dropped = read<std::uint64_t>(at);
-        at += padded(length);
+        if (code == PcapngWriter::OPT_END || at + length > end) return;
+        if (code == PcapngWriter::OPT_COMMENT) block.comment.assign(reinterpret_cast<const char*>(data_.data() + at), length);
+        if (block.kind == CaptureBlock::PACKET && code == PcapngWriter::EPB_FLAGS && length == 4) block.direction = read<std::uint32_t>(at) & 3;
+        if (block.kind == CaptureBlock::STATISTICS && code == PcapngWriter::ISB_IFDROP && length == 8) block.dropped = read<std::uint64_t>(at);
+        at += PcapngWriter::padded(length);
     }
 }
 
@@ -60,22 +54,22 @@ bool CaptureReader::next(CaptureBlock& block) {
         if (length < 12 || length % 4 != 0 || position_ + length > data_.size()) break;
         const std::size_t body = position_ + 8, end = position_ + length - 4;
         position_ += length;
-        if (type == INTERFACE_DESCRIPTION && body + 2 <= end) linkTypes_.push_back(read<std::uint16_t>(body));
-        if (type != ENHANCED_PACKET && type != INTERFACE_STATISTICS) continue;
+        if (type == PcapngWriter::INTERFACE_DESCRIPTION && body + 2 <= end) linkTypes_.push_back(read<std::uint16_t>(body));
+        if (type != PcapngWriter::ENHANCED_PACKET && type != PcapngWriter::INTERFACE_STATISTICS) continue;
         if (body + 12 > end) break;
         block = CaptureBlock{};
-        block.kind = type == ENHANCED_PACKET ? CaptureBlock::PACKET : CaptureBlock::STATISTICS;
+        block.kind = type == PcapngWriter::ENHANCED_PACKET ? CaptureBlock::PACKET : CaptureBlock::STATISTICS;
         block.interface = read<std::uint32_t>(body);
         if (block.interface < linkTypes_.size()) block.linkType = linkTypes_[block.interface];
         block.micros = (std::uint64_t{read<std::uint32_t>(body + 4)} << 32) | read<std::uint32_t>(body + 8);
         std::size_t options = body + 12;
-        if (type == ENHANCED_PACKET) {
+        if (type == PcapngWriter::ENHANCED_PACKET) {
             if (body + 20 > end) break;
             const auto captured = read<std::uint32_t>(body + 12);
             if (body + 20 + captured > end) break;
             block.bytes.assign(data_.begin() + static_cast<std::ptrdiff_t>(body + 20),
                                data_.begin() + static_cast<std::ptrdiff_t>(body + 20 + captured));
-            options = body + 20 + padded(captured);
+            options = body + 20 + PcapngWriter::padded(captured);
         }
         readOptions(options, end, block);
         return true;
