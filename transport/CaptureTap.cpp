@@ -31,8 +31,11 @@ CaptureTap::~CaptureTap() { stop(); }
 bool CaptureTap::start(const std::string& path, std::uint64_t maxBytes) {
     std::lock_guard<std::mutex> control(control_);
     if (writer_.joinable()) {
-        Diagnostics::failure(("Can't capture to " + path).c_str(), "a capture is running");
-        return false;
+        if (active_.load()) {
+            Diagnostics::failure(("Can't capture to " + path).c_str(), "a capture is running");
+            return false;
+        }
+        writer_.join();  // a capture that ended at its limit: its writer has finished
     }
     if (!file_.open(path)) {
         Diagnostics::systemError(("Can't capture to " + path).c_str());

@@ -67,6 +67,30 @@ protected:
         for (std::string line; std::getline(lines, line);) blocks.push_back(Json::parse(line));
         return blocks;
     }
+    // The decoder's view: control requests other than the application's
+    // answers, outbound roles (items counted apart) and section commands.
+    struct Sequence {
+        std::vector<std::string> requests, outbound, commands;
+        std::size_t items = 0;
+    };
+    Sequence sequence() const {
+        Sequence q;
+        for (const Json& b : decoded()) {
+            if (!b.contains("role")) continue;  // the closing statistics
+            const std::string what = b.value("type", "") + " " + b.value("code", "");
+            if (b["channel"] == "sections") {
+                if (b["direction"] == "in") q.commands.push_back(what);
+            } else if (b["role"] == "request") {
+                EXPECT_EQ(b["direction"], "in") << b;
+                if (b["type"] != "MSG_APP_STATE") q.requests.push_back(what);
+            } else {
+                EXPECT_EQ(b["direction"], "out") << b;
+                q.items += b["role"] == "item";
+                if (b["role"] != "item") q.outbound.push_back(b["role"].get<std::string>() + " " + what);
+            }
+        }
+        return q;
+    }
     std::string file() const { return files.file("wire.pcapng"); }
 
     TempDir files;
@@ -98,22 +122,8 @@ TEST_F(Capture, AScriptedSessionComesBackInOrderFromTheDecoderAndTshark) {
     ASSERT_EQ(sim->waitExit(10s), 0) << sim->err();
 
     // The decoder: every request in order, inbound; every answer and event outbound.
-    std::vector<std::string> requests, outbound, commands;
-    std::size_t items = 0;
-    for (const Json& b : decoded()) {
-        if (!b.contains("role")) continue;  // the closing statistics
-        const std::string what = b.value("type", "") + " " + b.value("code", "");
-        if (b["channel"] == "sections") {
-            (b["direction"] == "in" ? commands : outbound).push_back(b["direction"] == "in" ? what : b.dump());
-        } else if (b["role"] == "request") {
-            EXPECT_EQ(b["direction"], "in") << b;
-            if (b["type"] != "MSG_APP_STATE") requests.push_back(what);
-        } else {
-            EXPECT_EQ(b["direction"], "out") << b;
-            items += b["role"] == "item";
-            if (b["role"] != "item") outbound.push_back(b["role"].get<std::string>() + " " + what);
-        }
-    }
+    const Sequence seen = sequence();
+    const auto& [requests, outbound, commands, items] = seen;
     EXPECT_EQ(requests, (std::vector<std::string>{"MSG_VERSION 1", "MSG_VIDEO VIDEO_GET_BOUNDS",
                                                   "MSG_PROPERTY PROPERTY_LIST", "MSG_AUDIO AUDIO_SOUND_LEVEL",
                                                   "MSG_TUNER TUNER_CURRENT_TS_ID", "MSG_CAROUSEL CAROUSEL_MOUNT",
