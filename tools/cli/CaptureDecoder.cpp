@@ -98,9 +98,16 @@ const char* CaptureDecoder::classify(std::uint32_t direction, std::int32_t type,
         request_ = nullptr;
         return "answer";
     }
-    if (type == MSG_LIST_HEADER) return "chunk header";
-    if (const Event* e = findEvent(type, code)) fields = e->fields;
-    return "event";
+    if (type == MSG_LIST_HEADER) {
+        chunks_ = code;
+        return "chunk header";
+    }
+    const Event* e = findEvent(type, code);
+    if (e == nullptr) return "event";
+    fields = e->fields;
+    if (e->chunked == nullptr || chunks_ <= 0) return "event";
+    --chunks_;
+    return "chunk";
 }
 
 void CaptureDecoder::control(const CaptureBlock& block, Json& out) {

@@ -26,6 +26,7 @@ private:
     const tessarine::protocol::Request* request_ = nullptr;  // the last request that gets an answer
     std::int32_t type_ = 0, code_ = 0;
     std::int64_t items_ = -1;  // list items still due; -1 before the list header
+    std::int64_t chunks_ = 0;  // pieces of a chunked text still due
 };
 
 }  // namespace cli

@@ -437,10 +437,15 @@ local function classify(pinfo, dir, t, code, len)
         state.request = nil
     elseif t == T.LIST_HEADER then
         r.role = "chunk header"
+        state.chunks = code
     else
         local ev = row(T.events, t, code)
         r.role = "event"
         if ev then r.fields = ev.fields end
+        if ev and ev.chunked and (state.chunks or 0) > 0 then
+            r.role = "chunk"
+            state.chunks = state.chunks - 1
+        end
     end
     roles[pinfo.number] = r
     return r
