@@ -135,6 +135,9 @@ def build_table(results):
     bridge, raw = named(results, "events/bridge/"), named(results, "events/raw/")
     t.add("events, 4 host threads", "events/s", t.get(bridge, "items_per_second"),
           t.get(raw, "items_per_second"), (0.5, ">="), unit="/s")
+    captured = named(results, "events/captured/")
+    t.add("events, 4 host threads, capture on", "events/s", t.get(captured, "items_per_second"),
+          t.get(bridge, "items_per_second"), None, unit="/s")
     t.add("events, 4 host threads", "CPU per event", t.get(bridge, "cpu_us_per_event"),
           t.get(raw, "cpu_us_per_event"), None, unit="µs")
     for n in (188, 1024, 4096):
