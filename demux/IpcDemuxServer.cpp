@@ -80,7 +80,7 @@ std::size_t IpcDemuxServer::receive(void* data, std::size_t length) {
 
 void IpcDemuxServer::captureCommand() {
     if (command_.empty()) return;
-    CaptureTap::global().record(CaptureTap::SECTIONS, PcapngWriter::INBOUND, command_.data(), command_.size());
+    if (CaptureTap::capturing()) CaptureTap::global().record(CaptureTap::SECTIONS, PcapngWriter::INBOUND, command_.data(), command_.size());
     command_.clear();
 }
 

@@ -22,9 +22,16 @@ std::uint64_t nowMicros() {
 
 }  // namespace
 
-CaptureTap CaptureTap::global_;
+std::atomic<bool> CaptureTap::globalActive_{false};
 
-CaptureTap::CaptureTap(std::size_t queueBytes) : queueLimit_(queueBytes) {}
+CaptureTap::CaptureTap(std::size_t queueBytes) : queueLimit_(queueBytes), active_(ownActive_) {}
+
+CaptureTap::CaptureTap(Global, std::size_t queueBytes) : queueLimit_(queueBytes), active_(globalActive_) {}
+
+CaptureTap& CaptureTap::global() {
+    static CaptureTap tap(Global{}, DEFAULT_QUEUE_BYTES);
+    return tap;
+}
 
 CaptureTap::~CaptureTap() { stop(); }
 

@@ -34,10 +34,10 @@ public:
     CaptureTap(const CaptureTap&) = delete;
     CaptureTap& operator=(const CaptureTap&) = delete;
 
-    // The process's tap, the one the servers feed.
-    static CaptureTap& global() { return global_; }
+    // The process's tap, the one the servers feed (built on first use).
+    static CaptureTap& global();
     // Whether the process's tap takes records: the whole cost of a hook while off.
-    static bool capturing() { return global_.active_.load(std::memory_order_relaxed); }
+    static bool capturing() { return globalActive_.load(std::memory_order_relaxed); }
 
     // Starts writing to `path`, at most `maxBytes` bytes (0: the default).
     // False, with one line on stderr, when the file cannot be created, or
@@ -66,10 +66,16 @@ private:
     bool writeEntries(std::vector<Entry>& entries);
     void writeClosing(const std::string& note);
 
-    static CaptureTap global_;
+    struct Global {};
+    CaptureTap(Global, std::size_t queueBytes);
+
+    // The process's tap's flag, constant-initialised so that a hook may read
+    // it before any dynamic initialisation.
+    static std::atomic<bool> globalActive_;
 
     const std::size_t queueLimit_;
-    std::atomic<bool> active_{false};
+    std::atomic<bool> ownActive_{false};
+    std::atomic<bool>& active_;  // ownActive_, or globalActive_ for the process's tap
     std::mutex control_;  // one start or stop at a time
     mutable std::mutex lock_;  // guards the queue, the counts and stopping_
     std::condition_variable wake_;
