@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <thread>
+#include <vector>
 
 #include "support/TempDir.h"
 #include "tessarine/message.h"
@@ -37,8 +39,14 @@ TEST(CaptureTap, RecordsThatFindTheQueueFullAreCountedAndTheCountEndsTheFile) {
     ASSERT_TRUE(tap.start(dir.file("c.pcapng"), 0));
     message record;
     record.clear();
-    constexpr std::size_t OFFERED = 40;
-    for (std::size_t i = 0; i < OFFERED; ++i) tap.record(CaptureTap::CONTROL, 1, record.bytes(), MESSAGE_SIZE);
+    constexpr std::size_t THREADS = 4, EACH = 100, OFFERED = THREADS * EACH;  // as host threads send events
+    std::vector<std::thread> hosts;
+    for (std::size_t t = 0; t < THREADS; ++t) {
+        hosts.emplace_back([&] {
+            for (std::size_t i = 0; i < EACH; ++i) tap.record(CaptureTap::CONTROL, 2, record.bytes(), MESSAGE_SIZE);
+        });
+    }
+    for (auto& host : hosts) host.join();
     tap.stop();
     const ReadBack file(dir.file("c.pcapng"));
     EXPECT_GT(tap.dropped(), 0u);
