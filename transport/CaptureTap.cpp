@@ -44,7 +44,9 @@ bool CaptureTap::start(const std::string& path, std::uint64_t maxBytes) {
         }
         writer_.join();  // a capture that ended at its limit: its writer has finished
     }
-    if (!file_.open(path)) {
+    // A later capture to the same file in this process (a bridge built anew)
+    // adds a section instead of replacing the earlier ones; the limit covers them all.
+    if (!file_.open(path, path == path_)) {
         Diagnostics::systemError(("Can't capture to " + path).c_str());
         return false;
     }

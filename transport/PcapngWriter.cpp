@@ -1,6 +1,7 @@
 #include "transport/PcapngWriter.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -57,9 +58,11 @@ void putTimestamp(std::vector<unsigned char>& out, std::uint64_t micros) {
 
 }  // namespace
 
-bool PcapngWriter::open(const std::string& path) {
-    file_.reset(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    written_ = 0;
+bool PcapngWriter::open(const std::string& path, bool append) {
+    const int mode = append ? O_APPEND : O_TRUNC;
+    file_.reset(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | mode, 0644));
+    struct stat status {};
+    written_ = file_.valid() && ::fstat(file_.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
     return file_.valid();
 }
 

@@ -35,13 +35,16 @@ public:
     // A length padded to the 32-bit boundary that blocks and options keep.
     static constexpr std::size_t padded(std::size_t length) { return (length + 3) & ~std::size_t{3}; }
 
-    // Creates (or truncates) the file; false with errno set when it cannot.
-    bool open(const std::string& path);
+    // Creates the file, or empties it; with `append`, adds to what it holds
+    // (a new section header then starts a section of its own). False with
+    // errno set when it cannot be opened.
+    bool open(const std::string& path, bool append);
     void close();
     bool isOpen() const { return file_.valid(); }
 
     // Writes `blocks` whole; false with errno set on a failed or short write.
     bool write(const std::vector<unsigned char>& blocks);
+    // The file's size: what it held when opened and what was written since.
     std::uint64_t bytesWritten() const { return written_; }
 
     static void addSectionHeader(std::vector<unsigned char>& out);

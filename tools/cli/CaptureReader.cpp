@@ -54,6 +54,7 @@ bool CaptureReader::next(CaptureBlock& block) {
         if (length < 12 || length % 4 != 0 || position_ + length > data_.size()) break;
         const std::size_t body = position_ + 8, end = position_ + length - 4;
         position_ += length;
+        if (type == PcapngWriter::SECTION_HEADER) linkTypes_.clear();  // interfaces are numbered per section
         if (type == PcapngWriter::INTERFACE_DESCRIPTION && body + 2 <= end) linkTypes_.push_back(read<std::uint16_t>(body));
         if (type != PcapngWriter::ENHANCED_PACKET && type != PcapngWriter::INTERFACE_STATISTICS) continue;
         if (body + 12 > end) break;
