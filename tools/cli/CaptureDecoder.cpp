@@ -77,7 +77,7 @@ const char* CaptureDecoder::classify(std::uint32_t direction, std::int32_t type,
     if (direction == INBOUND) {
         if (const Request* r = findRequest(type, code)) {
             fields = r->fields;
-            request_ = r;
+            request_ = last_ = r;
             type_ = type;
             code_ = code;
             items_ = -1;
@@ -115,6 +115,7 @@ void CaptureDecoder::control(const CaptureBlock& block, Json& out) {
     const auto& bytes = block.bytes;
     if (block.direction == OUTBOUND && bytes.size() != MESSAGE_SIZE) {
         out["role"] = "trailing";
+        if (last_ != nullptr) out["tessarine.trailing.of"] = WireNames::trailing(last_->answer.trailing);
         out["tessarine.trailing.length"] = bytes.size();
         out["tessarine.trailing"] = toHex(bytes);
         return;

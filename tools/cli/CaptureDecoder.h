@@ -23,7 +23,8 @@ private:
     const char* classify(std::uint32_t direction, std::int32_t type, std::int32_t code,
                          tessarine::protocol::Fields& fields);
 
-    const tessarine::protocol::Request* request_ = nullptr;  // the last request that gets an answer
+    const tessarine::protocol::Request* request_ = nullptr;  // the request whose answer is due
+    const tessarine::protocol::Request* last_ = nullptr;     // the last request, for its trailing data
     std::int32_t type_ = 0, code_ = 0;
     std::int64_t items_ = -1;  // list items still due; -1 before the list header
     std::int64_t chunks_ = 0;  // pieces of a chunked text still due

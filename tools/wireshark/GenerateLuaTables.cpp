@@ -43,15 +43,6 @@ const char* shape(AnswerShape shape) {
     return "none";
 }
 
-const char* trailing(Trailing trailing) {
-    switch (trailing) {
-    case Trailing::ProgramEvent: return "program_event";
-    case Trailing::Descriptor: return "descriptor";
-    case Trailing::None: break;
-    }
-    return "none";
-}
-
 std::string generate() {
     std::ostringstream out;
     out << BEGIN << "local T = {}\n";
@@ -82,7 +73,7 @@ std::string generate() {
             out << "  " << codeKey(r.code) << " = {name = " << quoted(r.name) << ", fields = " << fieldList(r.type, r.fields)
                 << ",\n    answer = {shape = " << quoted(shape(r.answer.shape))
                 << ", fields = " << fieldList(r.type, r.answer.fields)
-                << ", trailing = " << quoted(trailing(r.answer.trailing)) << "}},\n";
+                << ", trailing = " << quoted(WireNames::trailing(r.answer.trailing)) << "}},\n";
         }
         out << "}\n";
     }

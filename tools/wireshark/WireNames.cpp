@@ -50,6 +50,15 @@ std::string WireNames::field(std::int32_t type, const Field& field) {
 
 std::string WireNames::argument(const DemuxArgument& argument) { return std::string("tessarine.demux.") + argument.name; }
 
+const char* WireNames::trailing(Trailing trailing) {
+    switch (trailing) {
+    case Trailing::ProgramEvent: return "program_event";
+    case Trailing::Descriptor: return "descriptor";
+    case Trailing::None: break;
+    }
+    return "none";
+}
+
 const char* WireNames::kind(FieldKind kind) {
     switch (kind) {
     case FieldKind::Int32: return "int32";

@@ -24,6 +24,8 @@ public:
     static std::string field(std::int32_t type, const tessarine::protocol::Field& field);
     // "tessarine.demux.pid": an argument of a section-filter command.
     static std::string argument(const tessarine::protocol::DemuxArgument& argument);
+    // What trailing data follows an answer: "program_event", "descriptor" or "none".
+    static const char* trailing(tessarine::protocol::Trailing trailing);
     // The kind's name in the generated tables ("int32", "text", ...).
     static const char* kind(tessarine::protocol::FieldKind kind);
 

@@ -347,6 +347,7 @@ field("tessarine.role", ProtoField.string, "Role")
 field("tessarine.list.count", ProtoField.int32, "Items that follow")
 field("tessarine.trailing", ProtoField.bytes, "Trailing data")
 field("tessarine.trailing.length", ProtoField.uint32, "Trailing data length")
+field("tessarine.trailing.of", ProtoField.string, "Trailing data of")
 
 local MAKERS = {
     int32 = function(n) return ProtoField.int32(n, n) end,
@@ -422,10 +423,11 @@ local function classify(pinfo, dir, t, code, len)
         local req = row(T.requests, t, code)
         if req then
             r.fields = req.fields
-            state = {request = req, type = t, code = code}
+            state = {request = req, last = req, type = t, code = code}
         end
     elseif len ~= T.MESSAGE_SIZE then
         r.role = "trailing"
+        r.of = state.last and state.last.answer.trailing
     elseif state.request and state.items and state.items > 0 and t == state.type then
         r.role, r.fields = "item", state.request.answer.fields
         state.items = state.items - 1
@@ -457,8 +459,9 @@ local function dissect_control(tvb, pinfo, tree)
     local dir = direction()
     local item = tree:add(control, tvb(), "tessarine control record")
     if dir == OUTBOUND and len ~= T.MESSAGE_SIZE then
-        classify(pinfo, dir, -1, -1, len)
+        local r = classify(pinfo, dir, -1, -1, len)
         item:add(PF["tessarine.role"], "trailing")
+        if r.of then item:add(PF["tessarine.trailing.of"], r.of) end
         item:add(PF["tessarine.trailing.length"], len)
         if len > 0 then item:add(PF["tessarine.trailing"], tvb()) end
         pinfo.cols.info = "trailing data, " .. len .. " bytes"
