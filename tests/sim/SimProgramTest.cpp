@@ -152,17 +152,10 @@ TEST_F(SimProgram, VersionVideoPropertyAndAudioAreAnsweredFromTheScenario) {
     message get = makeRecord(MSG_PROPERTY, 0);
     putText(get, 12, "p.one");
     EXPECT_EQ(textAt(ask(client, get), 267), "v1");
-    message set = makeRecord(MSG_PROPERTY, 2);
-    putText(set, 12, "p.three");
-    putText(set, 267, "v3");
-    ASSERT_TRUE(client.send(set));
-    message remove = makeRecord(MSG_PROPERTY, 3);
+    message remove = makeRecord(MSG_PROPERTY, 3);  // what a removal changes is SimFacadeTest's
     putText(remove, 12, "p.two");
     ASSERT_TRUE(client.send(remove));
-    auto properties = client.askList(makeRecord(MSG_PROPERTY, 1));
-    ASSERT_EQ(properties.size(), 2u);
-    EXPECT_EQ(textAt(properties[0], 12) + "=" + textAt(properties[0], 267), "p.one=v1");
-    EXPECT_EQ(textAt(properties[1], 12) + "=" + textAt(properties[1], 267), "p.three=v3");
+    EXPECT_EQ(client.askList(makeRecord(MSG_PROPERTY, 1)).size(), 1u);
 
     message audio = makeRecord(MSG_AUDIO, 0);
     audio.put<double>(16, 0.5);
