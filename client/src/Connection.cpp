@@ -248,21 +248,25 @@ std::optional<Error> Connection::readList(const Expectation& expected, std::uint
     Answer answer;
     answer.header = header;
     answerBytes_ = 0;
+    const bool decodedAtOnce = expected.onItem && expected.trailing == Trailing::None;
     // Items are stored as they arrive, never reserved by the announced count.
-    answer.records.push_back(first);
-    if (expected.trailing == Trailing::Descriptor) {
-        if (auto fault = readTrailing(expected, first, answer)) return fault;
-    }
+    const auto take = [&](const message& item) -> std::optional<Error> {
+        if (decodedAtOnce) {
+            expected.onItem(item);
+            return std::nullopt;
+        }
+        answer.records.push_back(item);
+        if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, item, answer);
+        return std::nullopt;
+    };
+    if (auto fault = take(first)) return fault;
+    message item;
     for (std::size_t i = 1; i < count; ++i) {
-        message item;
         if (auto fault = readRecord(item, true)) return fault;
         if (!isItemOf(expected, item, header.code)) {
             return malformed("item " + std::to_string(i) + " of a list is " + describeRecord(item.type, item.code));
         }
-        answer.records.push_back(item);
-        if (expected.trailing == Trailing::Descriptor) {
-            if (auto fault = readTrailing(expected, item, answer)) return fault;
-        }
+        if (auto fault = take(item)) return fault;
     }
     // Program events send all records first, then each event's data.
     if (expected.trailing == Trailing::ProgramEvent) {

@@ -110,14 +110,14 @@ Result<bool> ControlClient::isProtectedService(Timeout timeout) {
 }
 
 Result<std::vector<Service>> ControlClient::services(Timeout timeout) {
-    auto answer = impl_->call(si(SI_SERVICES), timeout);
-    if (!answer) return answer.error();
     std::vector<Service> services;
-    services.reserve(answer->records.size());
-    for (const message& item : answer->records) {
-        const service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
-        services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, s.text0});
-    }
+    auto expected = detail::expectationFor(MSG_SI, SI_SERVICES);
+    expected->onItem = [&services](const message& item) {
+        service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
+        services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, std::move(s.text0)});
+    };
+    auto answer = impl_->call(si(SI_SERVICES), std::move(expected), timeout, false);
+    if (!answer) return answer.error();
     return services;
 }
 
