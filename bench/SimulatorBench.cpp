@@ -94,7 +94,6 @@ void simServices(benchmark::State& state) {
     // The application's view: the whole list decoded by the client library.
     client::ClientOptions options;
     options.socketPath = directory.file("ipc.socket");
-    options.maxListItems = static_cast<std::size_t>(count);
     options.timeout = std::chrono::seconds(60);
     client::ControlClient control(options);
     const auto start = Clock::now();
