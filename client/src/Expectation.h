@@ -31,9 +31,9 @@ struct Expectation {
     ItemCode itemCode = ItemCode::Fixed;
     Trailing trailing = Trailing::None;
     protocol::Fields fields;  // of the answer record or of each item: where trailing counts lie
-    // For a list without trailing data: takes each item as it arrives, so the
-    // caller decodes it at once and the answer keeps no record (on the
-    // reader thread, while the caller waits).
+    // For a list: takes each item as it arrives, so the caller decodes it at
+    // once and the answer keeps no record, only the items' trailing data (on
+    // the reader thread, while the caller waits).
     std::function<void(const message& item)> onItem;
 };
 
