@@ -2,6 +2,7 @@
 // the socket, the hub, the adapter and the simulator's facades, and back;
 // each against raw records over the same kind of socket.
 #include <array>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -13,6 +14,7 @@
 #include "bench/CountDown.h"
 #include "bench/Measurement.h"
 #include "bench/RawPeer.h"
+#include "tessarine/IpcServerManager.h"
 #include "tessarine/client/ControlClient.h"
 #include "tessarine/message.h"
 
@@ -56,6 +58,25 @@ void bridgeCall(benchmark::State& state, Call call) {
     for (auto _ : state) measurement.time([&] { ok = call(*control) && ok; });
     if (!ok) state.SkipWithError("a call failed");
     measurement.finish(static_cast<double>(state.iterations()), "call");
+}
+
+// A case with the capture on: what the tap costs it. The limit is high
+// enough that the capture lasts the whole measurement; the records written
+// and dropped are reported on stderr when it ends.
+void captured(benchmark::State& state, void (*run)(benchmark::State&)) {
+    const std::string file = BridgeHost::instance().directory() + "/bench.pcapng";
+    IpcServerManager* hub = IpcServerManager::getInstance();
+    if (!hub->startCapture(file, std::uint64_t{4} << 30)) {
+        state.SkipWithError("the capture did not start");
+        return;
+    }
+    run(state);
+    hub->stopCapture();
+    std::remove(file.c_str());
+}
+
+void versionCall(benchmark::State& state) {
+    bridgeCall(state, [](ControlClient& c) { return c.checkVersion(1).ok(); });
 }
 
 void rawCall(benchmark::State& state) {
@@ -213,10 +234,10 @@ void rawEvents(benchmark::State& state) {
 }  // namespace
 
 void registerControlCases(bool smoke) {
-    registerCase(smoke, "call/version/bridge", bridgeCall<bool (*)(ControlClient&)>,
-                 [](ControlClient& c) { return c.checkVersion(1).ok(); });
+    registerCase(smoke, "call/version/bridge", versionCall);
     registerCase(smoke, "call/property/bridge", bridgeCall<bool (*)(ControlClient&)>,
                  [](ControlClient& c) { return c.systemProperty("system.language").ok(); });
+    registerCase(smoke, "call/version/captured", captured, versionCall);
     registerCase(smoke, "call/raw", rawCall);
 
     for (const auto& [name, kind] : {std::pair{"services", ListKind::Services},
@@ -231,6 +252,7 @@ void registerControlCases(bool smoke) {
     const std::int64_t perThread = smoke ? 100 : 2500;
     registerCase(smoke, "events/bridge", bridgeEvents)->Arg(perThread);
     registerCase(smoke, "events/raw", rawEvents)->Arg(perThread);
+    registerCase(smoke, "events/captured", captured, bridgeEvents)->Arg(perThread);
 }
 
 }  // namespace bench

@@ -121,6 +121,8 @@ def build_table(results):
         t.add(f"one-record call ({call})", "p99", t.get(name, "p99_us"), t.get(raw, "p99_us"), (1.30, "<="), unit="µs")
         t.add(f"one-record call ({call})", "CPU per call", t.get(name, "cpu_us_per_call"),
               t.get(raw, "cpu_us_per_call"), (1.5, "<="), unit="µs")
+    t.add("one-record call (version), capture on", "p50", t.get("call/version/captured", "p50_us"),
+          t.get("call/version/bridge", "p50_us"), (1.10, "<="), unit="µs")
     for kind, label in LIST_KINDS:
         for n in LIST_LENGTHS:
             b, r = f"list/{kind}/bridge/{n}", f"list/{kind}/raw/{n}"
@@ -133,6 +135,9 @@ def build_table(results):
     bridge, raw = named(results, "events/bridge/"), named(results, "events/raw/")
     t.add("events, 4 host threads", "events/s", t.get(bridge, "items_per_second"),
           t.get(raw, "items_per_second"), (0.5, ">="), unit="/s")
+    captured = named(results, "events/captured/")
+    t.add("events, 4 host threads, capture on", "events/s", t.get(captured, "items_per_second"),
+          t.get(bridge, "items_per_second"), None, unit="/s")
     t.add("events, 4 host threads", "CPU per event", t.get(bridge, "cpu_us_per_event"),
           t.get(raw, "cpu_us_per_event"), None, unit="µs")
     for n in (188, 1024, 4096):

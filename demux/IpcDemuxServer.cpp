@@ -8,6 +8,7 @@
 #include "demux/ClientWatch.h"
 #include "tessarine/protocol/DemuxCommands.h"
 #include "tessarine/protocol/Limits.h"
+#include "transport/CaptureTap.h"
 #include "transport/Diagnostics.h"
 #include "transport/ThreadSupport.h"
 #include "transport/UnixSocket.h"
@@ -56,20 +57,37 @@ void IpcDemuxServer::serveClient() {
     watch_->connected(socket_.client());
     std::int32_t command = 0;
     bool more = true;
-    while (more && receiveWord(command)) {
+    for (;;) {
+        capturing_ = CaptureTap::capturing();
+        if (!more || !receiveWord(command)) break;
         // A command that failed in the listener is dropped; the stream goes on.
         runGuarded("Demux command failed", [&] { more = handleCommand(command); });
+        captureCommand();
     }
+    captureCommand();  // a command cut short, as far as it came
     watch_->disconnected(!socket_.interrupted());
     socket_.closeClient();  // the filter state is left as the client set it
 }
 
-bool IpcDemuxServer::receiveWord(std::int32_t& value) {
-    return unix_socket::receiveAll(socket_.client(), &value, sizeof value) == sizeof value;
+std::size_t IpcDemuxServer::receive(void* data, std::size_t length) {
+    const std::size_t received = unix_socket::receiveAll(socket_.client(), data, length);
+    if (capturing_) {
+        const auto* bytes = static_cast<const unsigned char*>(data);
+        command_.insert(command_.end(), bytes, bytes + received);
+    }
+    return received;
 }
 
+void IpcDemuxServer::captureCommand() {
+    if (command_.empty()) return;
+    if (CaptureTap::capturing()) CaptureTap::global().record(CaptureTap::SECTIONS, PcapngWriter::INBOUND, command_.data(), command_.size());
+    command_.clear();
+}
+
+bool IpcDemuxServer::receiveWord(std::int32_t& value) { return receive(&value, sizeof value) == sizeof value; }
+
 bool IpcDemuxServer::receiveValue(std::int32_t& value) {
-    const std::size_t received = unix_socket::receiveAll(socket_.client(), &value, sizeof value);
+    const std::size_t received = receive(&value, sizeof value);
     return received == 0 || received == sizeof value;
 }
 
@@ -79,7 +97,7 @@ bool IpcDemuxServer::receiveString(std::vector<unsigned char>& bytes) {
     if (length <= 0) return true;  // zero or less is the empty string
     if (length > MAX_FILTER_LENGTH) return false;
     bytes.resize(static_cast<std::size_t>(length));
-    return unix_socket::receiveAll(socket_.client(), bytes.data(), bytes.size()) == bytes.size();
+    return receive(bytes.data(), bytes.size()) == bytes.size();
 }
 
 bool IpcDemuxServer::handleCommand(std::int32_t word) {
@@ -148,6 +166,10 @@ bool IpcDemuxServer::sendSection(const std::vector<unsigned char>& section) {
     std::vector<unsigned char> out(sizeof length + section.size());
     std::memcpy(out.data(), &length, sizeof length);
     if (!section.empty()) std::memcpy(out.data() + sizeof length, section.data(), section.size());
+    captureCommand();  // the read comes before its answer
+    if (CaptureTap::capturing()) {
+        CaptureTap::global().record(CaptureTap::SECTIONS, PcapngWriter::OUTBOUND, out.data(), out.size());
+    }
 
     const std::size_t sent =
         unix_socket::sendAll(socket_.client(), out.data(), out.size(), unix_socket::STALL_LIMIT_MS);

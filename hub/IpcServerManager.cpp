@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -17,6 +18,7 @@
 #include "hub/VideoRequests.h"
 #include "tessarine/protocol/RecordTypes.h"
 #include "tessarine/protocol/Sockets.h"
+#include "transport/CaptureTap.h"
 #include "transport/Diagnostics.h"
 
 namespace tessarine {
@@ -43,6 +45,15 @@ void giveFreedMemoryBack() {
 #ifdef __GLIBC__
     ::malloc_trim(0);
 #endif
+}
+
+// TESSARINE_CAPTURE_MAX in bytes; 0 (the default) when unset or not a number.
+std::uint64_t captureLimit() {
+    const char* text = std::getenv("TESSARINE_CAPTURE_MAX");
+    if (text == nullptr) return 0;
+    char* end = nullptr;
+    const unsigned long long value = std::strtoull(text, &end, 10);
+    return end != text && *end == '\0' ? value : 0;
 }
 
 }  // namespace
@@ -87,6 +98,9 @@ std::string IpcServerManager::socketDirectory() {
 IpcServerManager::IpcServerManager(const std::string& controlPath, const std::string& demuxPath)
     : server_(new IpcServer(this, controlPath.c_str(), static_cast<int>(controlPath.size()))),
       demuxServer_(new IpcDemuxServer(demuxPath)) {
+    // Read when the hub is built, so the first connection is in the file.
+    const char* capture = std::getenv("TESSARINE_CAPTURE");
+    if (capture != nullptr && *capture != '\0') startCapture(capture, captureLimit());
     // A server that fails to start reports it itself; the hub exists regardless.
     server_->start();
     demuxServer_->start();
@@ -99,10 +113,17 @@ IpcServerManager::~IpcServerManager() {
     server_->stop();       // while server_ is still set: a request being handled uses it
     server_.reset();       // no clientDisconnected()
     demuxServer_.reset();  // ends the demux thread, so a new hub can bind anew
+    stopCapture();         // after both servers: their last records are in the file
     std::lock_guard<std::mutex> lock(listenerLock);
     listeners_.clear();
     connectionListeners_.clear();
 }
+
+bool IpcServerManager::startCapture(const std::string& path, std::uint64_t maxBytes) {
+    return CaptureTap::global().start(path, maxBytes);
+}
+
+void IpcServerManager::stopCapture() { CaptureTap::global().stop(); }
 
 FanOut<IpcServerListener> IpcServerManager::requestListeners() { return {listenerLock, listeners_}; }
 

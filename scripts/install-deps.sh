@@ -9,6 +9,7 @@ packages=(
   nlohmann-json3-dev libcli11-dev
   libdvbpsi-dev dvbpsi-utils libbitstream-dev ffmpeg
   python3-matplotlib python3-dev pybind11-dev python3-pytest
+  tshark
 )
 
 missing=()
@@ -21,4 +22,6 @@ echo "installing: ${missing[*]}"
 sudo=""
 [ "$(id -u)" -eq 0 ] || sudo="sudo"
 $sudo apt-get update -qq
+# tshark's package asks whether non-root users may capture; the captures here are files.
+echo "wireshark-common wireshark-common/install-setuid boolean false" | $sudo debconf-set-selections
 DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include <CLI/CLI.hpp>
 
 #include "sim/SimHost.h"
@@ -17,6 +19,11 @@ int main(int argc, char** argv) {
     app.add_option("--ts-pace", options.tsPace, "pace of a file stream: pcr (its own rate, the default) or none")
         ->check(CLI::IsMember({"pcr", "none"}));
     app.add_flag("--quiet", options.quiet, "no log line per request and event");
+    std::string capture;
+    app.add_option("--capture", capture,
+                   "write both channels' traffic to this pcapng file (as TESSARINE_CAPTURE does on a receiver)");
     CLI11_PARSE(app, argc, argv);
+    // Through the environment, so that the bridge starts the capture as it would on a receiver.
+    if (!capture.empty()) ::setenv("TESSARINE_CAPTURE", capture.c_str(), 1);
     return tessarine::sim::SimHost::run(options);
 }

@@ -4,11 +4,20 @@
 
 #include <cerrno>
 
+#include "transport/CaptureTap.h"
 #include "transport/Diagnostics.h"
 #include "transport/ThreadSupport.h"
 #include "transport/UnixSocket.h"
 
 namespace tessarine {
+
+namespace {
+
+void tap(std::uint32_t direction, const unsigned char* data, std::size_t length) {
+    if (CaptureTap::capturing()) CaptureTap::global().record(CaptureTap::CONTROL, direction, data, length);
+}
+
+}  // namespace
 
 IpcServer::IpcServer(IpcListener* listener, const char* path, int length)
     : listener_(listener),
@@ -62,6 +71,8 @@ bool IpcServer::serveClient() {
         const std::size_t received = unix_socket::receiveAll(socket_.client(), buffer.bytes(), MESSAGE_SIZE);
         // Requests still queued from a dropped client would only fail again.
         if (dropped_.load()) break;
+        // Taken before the listener writes its answer into the same record.
+        if (received > 0) tap(PcapngWriter::INBOUND, buffer.bytes(), received);
         // A record cut short by the peer's close is still delivered, with the
         // previous record's tail; the next receive then ends the connection.
         if (received > 0 && listener_ != nullptr) deliver(buffer);
@@ -104,6 +115,7 @@ std::size_t IpcServer::writeToClient(const unsigned char* data, std::size_t leng
 
 bool IpcServer::sendMessage(message& record) {
     std::lock_guard<std::mutex> send(sendLock_);
+    tap(PcapngWriter::OUTBOUND, record.bytes(), MESSAGE_SIZE);
     if (writeToClient(record.bytes(), MESSAGE_SIZE) == MESSAGE_SIZE) return true;
     Diagnostics::systemError("Can't send message");
     return false;
@@ -111,6 +123,7 @@ bool IpcServer::sendMessage(message& record) {
 
 bool IpcServer::sendMessage(const void* data, unsigned int length) {
     std::lock_guard<std::mutex> send(sendLock_);
+    tap(PcapngWriter::OUTBOUND, static_cast<const unsigned char*>(data), length);
     if (writeToClient(static_cast<const unsigned char*>(data), length) == length) return true;
     Diagnostics::systemError("Can't send raw message");
     return false;
@@ -123,6 +136,13 @@ bool IpcServer::send(const SendBatch& batch) {
 }
 
 bool IpcServer::sendLocked(const SendBatch& batch) {
+    if (CaptureTap::capturing()) {
+        std::size_t start = 0;  // one captured block per record or piece of trailing data
+        for (const SendBatch::Piece& piece : batch.pieces_) {
+            tap(PcapngWriter::OUTBOUND, batch.bytes_.data() + start, piece.end - start);
+            start = piece.end;
+        }
+    }
     const std::size_t sent = writeToClient(batch.bytes_.data(), batch.bytes_.size());
     if (sent == batch.bytes_.size()) return true;
     // One report, for the piece that did not leave whole: the rest of the

@@ -66,6 +66,10 @@ private:
     void serveClient();
     // Carries out one command; false when the connection must end.
     bool handleCommand(std::int32_t command);
+    // Receives from the client; while capturing, keeps the bytes of the command.
+    std::size_t receive(void* data, std::size_t length);
+    // Hands the kept bytes of the command to the capture, once.
+    void captureCommand();
     bool receiveWord(std::int32_t& value);
     // A command's value: false when it was cut inside (some bytes came).
     bool receiveValue(std::int32_t& value);
@@ -79,6 +83,8 @@ private:
     std::thread thread_;
     ServerSocket socket_;
     std::unique_ptr<ClientWatch> watch_;
+    bool capturing_ = false;               // the command being received is captured
+    std::vector<unsigned char> command_;   // its bytes so far
 };
 
 }  // namespace tessarine

@@ -139,6 +139,17 @@ public:
     // operation or the control server's thread.
     int setApplicationState(int state);
 
+    // Copies every record, command word, filter and section of both channels
+    // into a pcapng file at `path`, at most `maxBytes` bytes (0: 64 MiB), from
+    // a writer thread of its own; serving never waits for the file. A hub
+    // built with TESSARINE_CAPTURE=FILE in the environment starts one itself
+    // (TESSARINE_CAPTURE_MAX: the limit in bytes). False, with a line on
+    // stderr, when the file cannot be created or a capture is running.
+    bool startCapture(const std::string& path, std::uint64_t maxBytes = 0);
+    // Ends the capture: the file gets its closing statistics (records
+    // dropped, if any, also on stderr). The hub's destruction ends it too.
+    void stopCapture();
+
     virtual ~IpcServerManager();
 
     IpcServerManager(const IpcServerManager&) = delete;

@@ -47,6 +47,7 @@ private:
 void addControlCommands(CLI::App& app, Context& context);
 void addEventCommands(CLI::App& app, Context& context);
 void addDemuxCommands(CLI::App& app, Context& context);
+void addCaptureCommands(CLI::App& app, Context& context);
 
 // "on"/"off" style switches.
 void addSwitch(CLI::App& command, bool& value);

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     cli::addControlCommands(app, context);
     cli::addEventCommands(app, context);
     cli::addDemuxCommands(app, context);
+    cli::addCaptureCommands(app, context);
 
     try {
         app.parse(argc, argv);
