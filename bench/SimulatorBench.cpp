@@ -116,7 +116,7 @@ void reportPackets(benchmark::State& state, std::uint64_t packets, double second
 // would otherwise be what this case measures.
 constexpr int TS_REPEATS = 64;
 
-std::string writeLongStream(const TempDirectory& directory) {
+std::string writeLongStream(const testing::TempDir& directory) {
     std::ifstream in(TESSARINE_TS_FILE, std::ios::binary);
     const std::vector<char> once((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     const std::string path = directory.file("stream.ts");
@@ -127,7 +127,7 @@ std::string writeLongStream(const TempDirectory& directory) {
 
 void simTsInput(benchmark::State& state) {
     const auto window = std::chrono::milliseconds(state.range(0));
-    TempDirectory directory;
+    testing::TempDir directory;
     const std::string stream = writeLongStream(directory);
     broadcast::Broadcast broadcast;
     std::string error;
@@ -148,7 +148,7 @@ void simTsInput(benchmark::State& state) {
 
 void rawTsInput(benchmark::State& state) {
     const auto window = std::chrono::milliseconds(state.range(0));
-    TempDirectory directory;
+    testing::TempDir directory;
     FileDescriptor file(::open(writeLongStream(directory).c_str(), O_RDONLY | O_CLOEXEC));
     std::vector<unsigned char> buffer(TS_CHUNK);
     std::uint64_t bytes = 0;
