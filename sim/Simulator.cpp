@@ -54,6 +54,11 @@ bool Simulator::readStream(const std::string& source, broadcast::Pace pace, std:
 void Simulator::refreshSi(std::uint64_t seen) {
     const std::uint64_t changes = broadcast_->si().changes();
     if (changes != seen) si_.replace(withStream(scenario_.si, broadcast_->si()));
+    // A file loops and a datagram source never ends: this is a pipe that closed, worth a line.
+    if (broadcast_->reader().ended()) {
+        log_.note("the transport stream " + broadcast_->reader().source() + " ended; its last tables stay");
+        return;
+    }
     scheduler_.after(std::chrono::milliseconds(100), [this, changes] { refreshSi(changes); });
 }
 
