@@ -123,6 +123,7 @@ int SimHost::run(const SimOptions& options) {
         socketFiles.release();
         return badInput(socketProblems);
     }
+    simulator.watchWaitingClients(IpcServerManager::socketDirectory() + "/" + CONTROL_SOCKET_NAME);
     std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/" << CONTROL_SOCKET_NAME << " and "
               << IpcServerManager::socketDirectory() << "/" << DEMUX_SOCKET_NAME << " from the " << source
               << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;

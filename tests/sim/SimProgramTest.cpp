@@ -283,13 +283,15 @@ TEST_F(SimProgram, ExitCodesSayWhetherTheCommandLineOrAScriptCommandFailed) {
     EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 1);
 }
 
-TEST_F(SimProgram, TheSocketDirectoryVariableAndAStreamAloneNeedNoScenario) {
+TEST_F(SimProgram, TheSocketDirectoryVariableAStreamAloneAndAWaitingClient) {
     ::setenv(SOCKET_DIRECTORY_VARIABLE, sockets.path().c_str(), 1);
-    SimProcess sim({"--ts", TESSARINE_TS_FILE, "--quiet"}, files.path());
+    SimProcess sim({"--ts", TESSARINE_TS_FILE}, files.path());
     ::unsetenv(SOCKET_DIRECTORY_VARIABLE);
     ASSERT_TRUE(sim.waitUntilServing()) << sim.err();
     EXPECT_NE(sim.err().find("serving " + controlPath()), std::string::npos) << sim.err();
     EXPECT_NE(sim.err().find("from the empty scenario"), std::string::npos) << sim.err();
+    ControlTestClient served(controlPath(), 5000ms), waiting(controlPath(), 5000ms);
+    EXPECT_TRUE(sim.waitForOutput("another client is waiting", 5000ms, true)) << sim.err();
     sim.signal(SIGTERM);
     EXPECT_EQ(sim.waitExit(EXIT_PATIENCE), 0);
 }
