@@ -17,7 +17,7 @@ class HostNoticesTest : public BridgeTest {
 protected:
     // The host raises every notice ROUNDS times from its own threads while
     // the application asks version checks.
-    std::vector<std::thread> raiseFromHostThreads() {
+    void raiseFromHostThreads(std::vector<std::thread>& host) {
         // Registrations that only the client's requests make.
         control->send(request(MSG_CAROUSEL, 3));
         control->send(request(MSG_MEDIA, 4, [](message& r) { r.put<std::int32_t>(12, 7); }));
@@ -27,8 +27,7 @@ protected:
         auto* media = fakes.video.mediaListener.load();
         auto* commands = fakes.dsmcc.listener.load();
         EXPECT_TRUE(graphics && carousel && media && commands);
-        if (!(graphics && carousel && media && commands)) return {};
-        std::vector<std::thread> host;
+        if (!(graphics && carousel && media && commands)) return;
         host.emplace_back([=] {
             for (int i = 0; i < ROUNDS; ++i) graphics->graphicsSettingsChanged({0, 0, 1280, 720}, {i, i, 1920, 1080});
         });
@@ -47,7 +46,6 @@ protected:
         host.emplace_back([=] {
             for (int i = 0; i < ROUNDS; ++i) control->send(request(MSG_VERSION, i));
         });
-        return host;
     }
 
     void expectWholeTextsInOrder(const std::vector<std::string>& downloads, const std::vector<message>& dsmcc) {
@@ -77,7 +75,8 @@ protected:
 };
 
 TEST_F(HostNoticesTest, HostNoticesArriveWholeWhileRequestsAreServed) {
-    std::vector<std::thread> host = raiseFromHostThreads();
+    std::vector<std::thread> host;
+    raiseFromHostThreads(host);
     ASSERT_FALSE(host.empty());
     int graphicsSeen = 0, versionsSeen = 0, endsSeen = 0, headersSeen = 0;
     std::vector<std::string> downloads;
