@@ -7,7 +7,7 @@
 #include "sim/RequestLog.h"
 #include "sim/Scenario.h"
 #include "sim/Simulator.h"
-#include "bench/TempDirectory.h"
+#include "tests/support/TempDir.h"
 
 class MiddlewareIpc;
 
@@ -37,7 +37,7 @@ public:
 private:
     BridgeHost();
 
-    TempDirectory directory_;
+    testing::TempDir directory_;
     std::ostream discard_{nullptr};
     sim::RequestLog log_{discard_, true};
     sim::Scenario scenario_;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/CountDown.h"
-#include "bench/TempDirectory.h"
+#include "tests/support/TempDir.h"
 #include "tessarine/FileDescriptor.h"
 
 namespace tessarine {
@@ -37,7 +37,7 @@ public:
 private:
     void serve();
 
-    TempDirectory directory_;
+    testing::TempDir directory_;
     std::size_t requestSize_;
     std::vector<unsigned char> answer_;
     FileDescriptor near_;

@@ -18,7 +18,7 @@
 #include "bench/Measurement.h"
 #include "bench/RawPeer.h"
 #include "bench/SimProcess.h"
-#include "bench/TempDirectory.h"
+#include "tests/support/TempDir.h"
 #include "sim/broadcast/Broadcast.h"
 #include "tessarine/FileDescriptor.h"
 #include "tessarine/client/ControlClient.h"
@@ -62,7 +62,7 @@ std::string scenarioWithServices(std::int64_t count) {
 // (first and last byte of the answer) and through the client library.
 void simServices(benchmark::State& state) {
     const std::int64_t count = state.range(0);
-    TempDirectory directory;
+    testing::TempDir directory;
     std::ofstream(directory.file("services.json")) << scenarioWithServices(count);
     SimProcess sim(directory.path(), {"--scenario", directory.file("services.json")});
     FileDescriptor socket = connectTo(directory.file("ipc.socket"));
@@ -116,7 +116,7 @@ void reportPackets(benchmark::State& state, std::uint64_t packets, double second
 // would otherwise be what this case measures.
 constexpr int TS_REPEATS = 64;
 
-std::string writeLongStream(const TempDirectory& directory) {
+std::string writeLongStream(const testing::TempDir& directory) {
     std::ifstream in(TESSARINE_TS_FILE, std::ios::binary);
     const std::vector<char> once((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     const std::string path = directory.file("stream.ts");
@@ -127,7 +127,7 @@ std::string writeLongStream(const TempDirectory& directory) {
 
 void simTsInput(benchmark::State& state) {
     const auto window = std::chrono::milliseconds(state.range(0));
-    TempDirectory directory;
+    testing::TempDir directory;
     const std::string stream = writeLongStream(directory);
     broadcast::Broadcast broadcast;
     std::string error;
@@ -148,7 +148,7 @@ void simTsInput(benchmark::State& state) {
 
 void rawTsInput(benchmark::State& state) {
     const auto window = std::chrono::milliseconds(state.range(0));
-    TempDirectory directory;
+    testing::TempDir directory;
     FileDescriptor file(::open(writeLongStream(directory).c_str(), O_RDONLY | O_CLOEXEC));
     std::vector<unsigned char> buffer(TS_CHUNK);
     std::uint64_t bytes = 0;
@@ -173,7 +173,7 @@ void rawTsInput(benchmark::State& state) {
 // connection: anything kept per request shows as growth.
 void simMemory(benchmark::State& state) {
     const std::int64_t requests = state.range(0);
-    TempDirectory directory;
+    testing::TempDir directory;
     SimProcess sim(directory.path(), {});
     client::ClientOptions options;
     options.socketPath = directory.file("ipc.socket");

@@ -1,6 +1,6 @@
 // With every factory returning no facade, each family answers its fixed
 // defaults through the socket, and nothing fails.
-#include "BridgeFixture.h"
+#include "BridgeTest.h"
 
 namespace tessarine {
 namespace testing {

@@ -2,7 +2,7 @@
 // and nothing of the bridge left running or reaching a facade once deleted.
 #include <thread>
 
-#include "BridgeFixture.h"
+#include "BridgeTest.h"
 
 namespace tessarine {
 namespace testing {

@@ -106,32 +106,33 @@ TEST_F(ControlFailureTest, ABridgeKilledMidAnswerAndRestartedIsReconnected) {
     server.join();
 }
 
-// Each bad answer gets a typed error, and the client recovers on the next call.
-TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) {
-    struct Case {
-        const char* name;
-        std::function<void(FakeBridge&, const message& request)> answer;
-        ErrorCode expected;
-    };
-    auto header = [](std::int32_t count) { return makeRecord(MSG_LIST_HEADER, count); };
-    const std::vector<Case> cases = {
-        {"huge list count", [&](FakeBridge& b, const message&) { b.send(header(0x7fffffff)); },
+message header(std::int32_t count) { return makeRecord(MSG_LIST_HEADER, count); }
+
+struct MalformedAnswer {
+    const char* name;
+    std::function<void(FakeBridge&, const message& request)> answer;
+    ErrorCode expected;
+};
+
+std::vector<MalformedAnswer> malformedAnswers() {
+    return {
+        {"huge list count", [](FakeBridge& b, const message&) { b.send(header(0x7fffffff)); },
          ErrorCode::MalformedAnswer},
-        {"negative list count", [&](FakeBridge& b, const message&) { b.send(header(-4)); },
+        {"negative list count", [](FakeBridge& b, const message&) { b.send(header(-4)); },
          ErrorCode::MalformedAnswer},
         {"unknown record type", [](FakeBridge& b, const message&) { b.send(makeRecord(42, 1)); },
          ErrorCode::MalformedAnswer},
         {"answer of another request",
          [](FakeBridge& b, const message&) { b.send(makeRecord(MSG_TUNER, 0)); }, ErrorCode::MalformedAnswer},
         {"foreign item inside a list",
-         [&](FakeBridge& b, const message&) {
+         [](FakeBridge& b, const message&) {
              b.send(header(2));
              b.send(makeRecord(MSG_SI, 1));
              b.send(makeRecord(MSG_SI, 6));
          },
          ErrorCode::MalformedAnswer},
         {"byte list beyond the limit",
-         [&](FakeBridge& b, const message&) {
+         [](FakeBridge& b, const message&) {
              b.send(header(1));
              message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 800, 0xFFFFFFF0u);  // byte_count0
@@ -139,7 +140,7 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
          },
          ErrorCode::MalformedAnswer},
         {"string count beyond the limit",
-         [&](FakeBridge& b, const message&) {
+         [](FakeBridge& b, const message&) {
              b.send(header(1));
              message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 812, 0x40000000u);  // string_count0
@@ -147,7 +148,7 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
          },
          ErrorCode::MalformedAnswer},
         {"string length beyond the limit",
-         [&](FakeBridge& b, const message&) {
+         [](FakeBridge& b, const message&) {
              b.send(header(1));
              message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 816, 1);  // string_count1
@@ -156,7 +157,7 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
          },
          ErrorCode::MalformedAnswer},
         {"truncated trailing data",
-         [&](FakeBridge& b, const message&) {
+         [](FakeBridge& b, const message&) {
              b.send(header(1));
              message item = makeRecord(MSG_SI, 1);
              item.put<std::uint32_t>(12 + 800, 100);
@@ -171,9 +172,13 @@ TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) 
          },
          ErrorCode::ConnectionLost},
     };
+}
+
+// Each bad answer gets a typed error, and the client recovers on the next call.
+TEST_F(ControlFailureTest, MalformedAnswersGiveTypedErrorsAndTheClientRecovers) {
     FakeBridge bridge(dir.file("ipc.socket"));
     ControlClient client(options());
-    for (const Case& c : cases) {
+    for (const MalformedAnswer& c : malformedAnswers()) {
         SCOPED_TRACE(c.name);
         std::thread server([&] {
             ASSERT_TRUE(bridge.accept());

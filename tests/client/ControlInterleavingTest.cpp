@@ -7,7 +7,7 @@
 #include <set>
 #include <thread>
 
-#include "BridgeFixture.h"
+#include "ClientBridgeFixture.h"
 #include "support/EventLog.h"
 
 namespace tessarine {
@@ -16,28 +16,32 @@ namespace {
 constexpr int EVENTS_PER_KIND = 40;
 constexpr int CALLS_PER_THREAD = 30;
 
-class ControlInterleavingTest : public testing::BridgeFixture {
+class ControlInterleavingTest : public testing::ClientBridgeFixture {
 protected:
+    void SetUp() override {
+        ClientBridgeFixture::SetUp();
+        // Long answers: many records, and trailing data after each.
+        for (int i = 0; i < 60; ++i) {
+            program_event e;
+            e.value1 = i;
+            e.bytes0.assign(static_cast<std::size_t>(i * 7), static_cast<unsigned char>(i));
+            e.strings1 = {std::string(static_cast<std::size_t>(i), 's'), ""};
+            stub.events.push_back(e);
+            descriptor d;
+            d.id = static_cast<std::uint16_t>(i);
+            d.data.assign(static_cast<std::size_t>(i), static_cast<unsigned char>(i));
+            stub.descriptors.push_back(d);
+            service s;
+            s.value0 = i;
+            stub.services.push_back(s);
+        }
+    }
+
     // A member, so that it outlives the client (TearDown destroys the client).
     testing::EventLog<std::string> events;
 };
 
 TEST_F(ControlInterleavingTest, EventsNeverAnswerCallsAndArriveOnce) {
-    // Long answers: many records, and trailing data after each.
-    for (int i = 0; i < 60; ++i) {
-        program_event e;
-        e.value1 = i;
-        e.bytes0.assign(static_cast<std::size_t>(i * 7), static_cast<unsigned char>(i));
-        e.strings1 = {std::string(static_cast<std::size_t>(i), 's'), ""};
-        stub.events.push_back(e);
-        descriptor d;
-        d.id = static_cast<std::uint16_t>(i);
-        d.data.assign(static_cast<std::size_t>(i), static_cast<unsigned char>(i));
-        stub.descriptors.push_back(d);
-        service s;
-        s.value0 = i;
-        stub.services.push_back(s);
-    }
     client->onEndOfMedia([&](const client::EndOfMedia& e) { events.push("media " + std::to_string(e.handle)); });
     client->onDownloadComplete([&](const client::DownloadComplete& d) { events.push("download " + d.first); });
     client->onDsmccCommand([&](const client::DsmccCommand& c) {

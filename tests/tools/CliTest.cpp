@@ -9,7 +9,7 @@
 #include <future>
 #include <nlohmann/json.hpp>
 
-#include "client/BridgeFixture.h"
+#include "client/ClientBridgeFixture.h"
 #include "tessarine/ConnectionListener.h"
 #include "support/RecordingFilter.h"
 
@@ -30,7 +30,7 @@ public:
     void clientDisconnected() override {}
 };
 
-class CliTest : public testing::BridgeFixture {
+class CliTest : public testing::ClientBridgeFixture {
 protected:
     CliRun cli(const std::string& arguments) {
         const std::string command =

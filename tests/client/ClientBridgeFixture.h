@@ -10,7 +10,7 @@ namespace testing {
 
 // A real in-process bridge (the hub, with a scripted listener as its request
 // server) in a private socket directory, and a client for it.
-class BridgeFixture : public HubTest {
+class ClientBridgeFixture : public HubTest {
 protected:
     void SetUp() override {
         HubTest::SetUp();

@@ -63,13 +63,6 @@ protected:
         return std::vector<std::string>(all.begin() + static_cast<long>(before), all.end());
     }
 
-    std::vector<unsigned char> trailing(std::size_t length) {
-        if (length == 0) return {};
-        auto bytes = control->receiveBytes(length);
-        EXPECT_TRUE(bytes.has_value()) << "missing " << length << " trailing bytes";
-        return bytes ? *bytes : std::vector<unsigned char>{};
-    }
-
     template <typename Base>
     const void* base() const {
         return static_cast<const Base*>(adapter);

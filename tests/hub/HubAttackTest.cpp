@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <map>
 #include <random>
 #include <thread>
 
@@ -14,94 +13,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::makeRecord;
 using Bytes = std::vector<unsigned char>;
-
-constexpr int MARK = 0x6d61726b;  // carried back by a list header, unlike a DSM-CC chunk header
-
-// The client's reader: counts events wherever they fall and checks that every
-// answer arrives whole, records and trailing data, with nothing inside it.
-class StreamReader {
-public:
-    explicit StreamReader(testing::ControlTestClient& client) : client_(client) {}
-
-    // The next record of an answer; events before it are counted.
-    message answerRecord() {
-        for (;;) {
-            message record = next();
-            if (record.type == MSG_MEDIA || record.type == MSG_CAROUSEL || record.type == MSG_DSMCC) {
-                ++events[record.type];
-            } else if (record.type == MSG_LIST_HEADER && record.get<int>(100) != MARK) {
-                for (int i = 0; i < record.code; ++i) EXPECT_EQ(next().type, MSG_DSMCC) << "chunks stay together";
-                ++events[MSG_DSMCC];
-            } else {
-                return record;
-            }
-        }
-    }
-    message next() { return client_.receive().value_or(makeRecord(-1, -1)); }
-    Bytes bytes(std::size_t count) { return count ? client_.receiveBytes(count).value_or(Bytes()) : Bytes(); }
-
-    std::map<int, int> events;
-
-private:
-    testing::ControlTestClient& client_;
-};
-
-TEST(HubConcurrencyTest, EventsFromSeveralThreadsNeverBreakLongAnswers) {
-    testing::TempDir dir;
-    ASSERT_TRUE(IpcServerManager::setSocketDirectory(dir.path()));
-    IpcServerManager* hub = IpcServerManager::getInstance();
-    testing::ScriptedListener listener;
-    for (unsigned char i = 0; i < 12; ++i) {
-        program_event event;
-        event.value0 = i;
-        event.bytes1 = Bytes(100 + i, i);
-        event.strings0 = {std::string(i, 's'), ""};
-        listener.events.push_back(event);
-        descriptor item;
-        item.data = Bytes(i * 7, i);
-        listener.descriptors.push_back(item);
-    }
-    hub->addIpcServerListener(&listener);
-    testing::ControlTestClient client(dir.file("ipc.socket"));
-    StreamReader reader(client);
-    ASSERT_TRUE(client.send(makeRecord(MSG_SI, 7)));  // accepted before the first event goes out
-    ASSERT_EQ(reader.answerRecord().type, MSG_SI);
-
-    constexpr int EACH = 150;
-    std::vector<std::thread> senders;
-    senders.emplace_back([&] { for (int i = 0; i < EACH; ++i) hub->endOfMedia(i); });
-    senders.emplace_back([&] { for (int i = 0; i < EACH; ++i) hub->downloadComplete("a", "b"); });
-    senders.emplace_back([&] { for (int i = 0; i < EACH; ++i) hub->sendDsmCCCommand({1, 0, 0, std::string(3000, 'c')}); });
-
-    for (int round = 0; round < 60 && !::testing::Test::HasFailure(); ++round) {
-        message request = makeRecord(MSG_SI, round % 2 ? 15 : 1);
-        request.put(100, MARK);
-        ASSERT_TRUE(client.send(request));
-        const message header = reader.answerRecord();
-        ASSERT_EQ(std::make_pair(header.type, header.code), std::make_pair(7, 12));
-        std::vector<message> items;
-        for (int i = 0; i < 12; ++i) {
-            items.push_back(reader.next());
-            ASSERT_EQ(items.back().type, MSG_SI) << "nothing falls inside an answer";
-            if (request.code == 15) {
-                EXPECT_EQ(reader.bytes(i * 7), Bytes(i * 7, i));
-            }
-        }
-        for (int i = 0; request.code == 1 && i < 12; ++i) {
-            ASSERT_EQ(items[i].get<int>(12), i);
-            EXPECT_EQ(reader.bytes(100 + i), Bytes(100 + i, i));
-            Bytes strings = {static_cast<unsigned char>(i), 0, 0, 0};  // "s" times i, then ""
-            strings.insert(strings.end(), i, 's');
-            strings.insert(strings.end(), 4, 0);
-            EXPECT_EQ(reader.bytes(strings.size()), strings);
-        }
-    }
-    for (auto& sender : senders) sender.join();
-    ASSERT_TRUE(client.send(makeRecord(MSG_SI, 7)));
-    EXPECT_EQ(reader.answerRecord().type, MSG_SI);
-    EXPECT_EQ(reader.events, (std::map<int, int>{{MSG_CAROUSEL, EACH}, {MSG_MEDIA, EACH}, {MSG_DSMCC, EACH}}));
-    IpcServerManager::destroy();
-}
 
 class CountingConnections : public ConnectionListener {
 public:
