@@ -19,7 +19,9 @@ QUIET = pytest.mark.tessarine_sim(scenario={"media": [{"locator": "file:///a.ts"
 @pytest.mark.parametrize("call, expected", [
     (lambda c, sim: c.check_version(1), 1),
     (lambda c, sim: (c.set_video_bounds(10, 20, 640, 360), c.video_bounds())[1], Rectangle(10, 20, 640, 360)),
-    (lambda c, sim: c.video_languages(), ["por", "eng", "spa"]),
+    (lambda c, sim: (c.video_language(3), c.video_language(5), c.video_languages()), ("por", "eng", ["por", "eng", "spa"])),
+    (lambda c, sim: (c.remove_system_property("system.caption"), len(c.system_properties()))[1], 2),
+    (lambda c, sim: c.current_transport_stream_id(), 1089),
     (lambda c, sim: (c.set_system_property("app.x", "1"), c.system_property("app.x"))[1], "1"),
     (lambda c, sim: c.system_property("no.such"), None),
     (lambda c, sim: (c.set_mute(True), sim.wait_for_log(r"request audio 4 (\w+)").group(1))[1], "mute"),

@@ -259,35 +259,6 @@ TEST_F(StreamThroughBridge, ADamagedCopyIsServedAndItsWarningsCounted) {
     EXPECT_FALSE(sim->waitExit(0ms).has_value()) << "the bridge stopped";
 }
 
-TEST_F(StreamThroughBridge, UdpOnLoopbackYieldsTheSameServices) {
-    // A free port: taken, noted and given back for the simulator to bind.
-    int probe = socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    ASSERT_EQ(bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    getsockname(probe, reinterpret_cast<sockaddr*>(&address), &length);
-    close(probe);
-    auto sim = serve({"--ts", "udp://127.0.0.1:" + std::to_string(ntohs(address.sin_port))});
-
-    const Bytes ts = readFile(dataFile("broadcast.ts"));
-    std::atomic<bool> sending{true};
-    std::thread sender([&] {
-        int out = socket(AF_INET, SOCK_DGRAM, 0);
-        for (size_t at = 0; sending; at = (at + 7 * TS_SIZE) % ts.size()) {
-            sendto(out, ts.data() + at, std::min<size_t>(7 * TS_SIZE, ts.size() - at), 0,
-                   reinterpret_cast<sockaddr*>(&address), sizeof address);
-            std::this_thread::sleep_for(1ms);
-        }
-        close(out);
-    });
-    const auto probed = probedServices(dataFile("broadcast.ts"));
-    EXPECT_TRUE(eventually([&] { return services() == probed; })) << sim->err();
-    sending = false;
-    sender.join();
-}
-
 TEST_F(StreamThroughBridge, ASourceThatCannotBeOpenedIsRefusedBeforeAnySocketExists) {
     SimProcess sim({"--ts", files.file("missing.ts"), "--socket-dir", sockets.path()}, files.path());
     EXPECT_EQ(sim.waitExit(10000ms), 2);
