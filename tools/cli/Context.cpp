@@ -22,6 +22,7 @@ tessarine::client::DemuxClient& Context::demux() {
     if (!demux_) {
         tessarine::client::DemuxOptions options;
         if (!socketDir.empty()) options.socketPath = socketDir + "/" + tessarine::DEMUX_SOCKET_NAME;
+        if (!demuxSocket.empty()) options.socketPath = demuxSocket;
         options.timeout = std::chrono::milliseconds(timeoutMs);
         demux_ = std::make_unique<tessarine::client::DemuxClient>(options);
     }
@@ -29,13 +30,25 @@ tessarine::client::DemuxClient& Context::demux() {
 }
 
 void Context::fail(const tessarine::client::Error& error) {
-    std::cerr << "tessarine-cli: " << error.message() << std::endl;
+    std::string message = error.message();
+    // A connect that succeeds with nothing answering is a bridge busy with its one client.
+    if (error.code() == tessarine::client::ErrorCode::TimedOut && message.find("within the time limit") != std::string::npos)
+        message += " (the bridge serves one application at a time: is another client, such as a "
+                   "running 'tessarine-cli watch' or 'shell', connected?)";
+    report(errorName(error), message);
     exitCode = exitCodeOf(error);
 }
 
 void Context::usage(const std::string& message) {
-    std::cerr << "tessarine-cli: " << message << std::endl;
+    report("usage", message);
     exitCode = EXIT_USAGE;
+}
+
+void Context::report(const std::string& code, const std::string& message) {
+    if (json)
+        std::cerr << Json{{"error", {{"code", code}, {"message", message}}}}.dump() << std::endl;
+    else
+        std::cerr << "tessarine-cli: " << message << std::endl;
 }
 
 void addSwitch(CLI::App& command, bool& value) {

@@ -20,7 +20,9 @@ public:
     std::string socket;     // control socket path (--socket)
     std::string socketDir;  // directory of both sockets (--socket-dir)
     int timeoutMs = static_cast<int>(tessarine::CLIENT_TIME_LIMIT.count());
+    std::string demuxSocket;  // section-filter socket path (--demux-socket)
     bool json = false;
+    int jsonIndent = -1;  // --json=pretty indents
     int exitCode = EXIT_OK;
 
     tessarine::client::ControlClient& control();
@@ -30,14 +32,18 @@ public:
     template <typename T, typename Convert>
     void emit(const tessarine::client::Result<T>& result, Convert convert) {
         if (!result) return fail(result.error());
-        print(convert(*result), json);
+        const Json document = convert(*result);
+        print(document, json, jsonIndent);
+        if (isNothing(document)) exitCode = EXIT_NOTHING;
     }
     void emit(const tessarine::client::Result<void>& result) {
         if (!result) return fail(result.error());
-        print(json ? Json{{"ok", true}} : Json("ok"), json);
+        print(json ? Json{{"ok", true}} : Json("ok"), json, jsonIndent);
     }
     void fail(const tessarine::client::Error& error);
     void usage(const std::string& message);
+    // Reports an error in the form of the output: a line for people, a JSON document with --json.
+    void report(const std::string& code, const std::string& message);
 
 private:
     std::unique_ptr<tessarine::client::ControlClient> control_;

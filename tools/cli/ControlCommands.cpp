@@ -1,10 +1,15 @@
 // Sub-commands of the control channel: version, video, property, audio,
 // tuner, carousel, media, si and raw.
 #include <cstring>
+#include <future>
+#include <limits>
+#include <map>
+#include <memory>
 
 #include "Context.h"
 #include "tessarine/protocol/Codes.h"
 #include "tessarine/protocol/Offsets.h"
+#include "../wireshark/WireNames.h"
 
 namespace cli {
 
@@ -47,12 +52,18 @@ void addRectangle(CLI::App* command, Rectangle& r, bool required) {
     }
 }
 
+// Optional bounds come as all four values or none.
+bool wholeRectangle(CLI::App* command) {
+    return command->count("x") == command->count("height");
+}
+
 void addVideo(CLI::App& app, Context& c) {
     auto* video = app.add_subcommand("video", "main video and graphics")->require_subcommand(1);
     static Rectangle bounds{};
     auto* b = video->add_subcommand("bounds", "show the main video bounds, or set them when four values are given");
     addRectangle(b, bounds, false);
     b->callback([&c, b] {
+        if (!wholeRectangle(b)) return c.usage("bounds take x y width height, or nothing to read them");
         if (b->count("height") == 0) return c.emit(c.control().videoBounds(), rectangle);
         c.emit(c.control().setVideoBounds(bounds));
     });
@@ -191,8 +202,23 @@ void addMedia(CLI::App& app, Context& c) {
     seek->add_option("second", second)->required();
     seek->callback([&c] { c.emit(c.control().setMediaCurrentTime(handle, first, second), optional<std::int32_t>); });
     withHandle("listen", "ask for the end-of-media event")->callback([&c] { c.emit(c.control().addMediaListener(handle)); });
-    withHandle("play", "start playing; prints true or false")->callback([&c] {
-        c.emit(c.control().playMedia(handle), [](bool b) { return Json(b); });
+    static bool wait = false;
+    auto* play = withHandle("play", "start playing; prints true or false");
+    play->add_flag("--wait", wait, "then wait until the end of the media (prints the end-of-media event)");
+    play->callback([&c] {
+        auto& client = c.control();
+        auto ended = std::make_shared<std::promise<void>>();
+        if (wait) {
+            client.onEndOfMedia([ended](const EndOfMedia& e) {
+                if (e.handle == handle) ended->set_value();
+            });
+            if (auto listening = client.addMediaListener(handle); !listening) return c.fail(listening.error());
+        }
+        auto played = client.playMedia(handle);
+        c.emit(played, [](bool b) { return Json(b); });
+        if (!wait || !played || !*played) return;
+        ended->get_future().wait();
+        print(c.json ? Json{{"event", "end-of-media"}, {"handle", handle}} : Json("end of media"), c.json, c.jsonIndent);
     });
     withHandle("stop", "stop playing")->callback([&c] { c.emit(c.control().stopMedia(handle)); });
     withHandle("close", "close the player")->callback([&c] { c.emit(c.control().closeMedia(handle)); });
@@ -200,6 +226,7 @@ void addMedia(CLI::App& app, Context& c) {
     auto* b = withHandle("bounds", "show the player's bounds, or set them when four values are given");
     addRectangle(b, bounds, false);
     b->callback([&c, b] {
+        if (!wholeRectangle(b)) return c.usage("bounds take H x y width height, or H alone to read them");
         if (b->count("height") == 0) return c.emit(c.control().mediaBounds(handle), rectangle);
         c.emit(c.control().setMediaBounds(handle, bounds), optional<std::int32_t>);
     });
@@ -313,7 +340,15 @@ void addRaw(CLI::App& app, Context& c) {
     const std::string payload = std::to_string(tessarine::PAYLOAD_OFFSET);
     auto* raw = app.add_subcommand(
         "raw", "send any record (bytes from " + payload + " on given in hex) and dump what comes back");
-    raw->add_option("--type", type, "record type")->required();
+    // "MSG_SI" or "si" as well as the number.
+    std::map<std::string, int> types;
+    for (int t = 0; t <= int{std::numeric_limits<std::uint8_t>::max()}; ++t) {
+        const std::string name = wire::WireNames::typeName(t);
+        if (name == std::to_string(t)) continue;
+        types.emplace(name, t);
+        types.emplace(wire::WireNames::family(t), t);
+    }
+    raw->add_option("--type", type, "record type, a number or a name")->required()->transform(CLI::CheckedTransformer(types, CLI::ignore_case).description(""));
     raw->add_option("--code", code, "record code")->required();
     raw->add_option("--hex", hex, "payload bytes from byte " + payload + ", e.g. \"07 00 00 00\"");
     raw->callback([&c] {

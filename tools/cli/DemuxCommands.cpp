@@ -21,8 +21,8 @@ void addDemuxCommands(CLI::App& app, Context& c) {
 
     static int pid = -1, table = -1, waitMs = 0;
     auto* read = demux->add_subcommand("read", "set PID and table when given, start the filter, read one section");
-    read->add_option("--pid", pid, "PID to filter on, e.g. 0x12");
-    read->add_option("--table", table, "table id to filter on, e.g. 0x4e");
+    read->add_option("--pid", pid, "PID to filter on, e.g. 0x12")->check(CLI::Range(0, int{tessarine::MAX_PID}));
+    read->add_option("--table", table, "table id to filter on, e.g. 0x4e")->check(CLI::Range(0, int{tessarine::MAX_TABLE_ID}));
     read->add_option("--timeout", waitMs, "time limit of the read in milliseconds (default: the global --timeout)");
     read->callback([&c, read] {
         auto& client = c.demux();

@@ -25,6 +25,29 @@ int exitCodeOf(const tessarine::client::Error& error) {
     return EXIT_PROTOCOL;
 }
 
+std::string errorName(const tessarine::client::Error& error) {
+    switch (error.code()) {
+    case ErrorCode::NotConnected:
+        return "not_connected";
+    case ErrorCode::TimedOut:
+        return "timed_out";
+    case ErrorCode::InvalidArgument:
+        return "invalid_argument";
+    case ErrorCode::ConnectionLost:
+        return "connection_lost";
+    case ErrorCode::MalformedAnswer:
+        return "malformed_answer";
+    }
+    return "protocol_error";
+}
+
+bool isNothing(const Json& document) {
+    if (document.is_null()) return true;
+    if (document.is_array()) return document.empty();
+    if (document.is_object()) return !document.empty() && std::prev(document.end())->is_null();
+    return false;
+}
+
 bool isBinaryKey(const std::string& key) {
     return key == "data" || key == "section" || key == "bytes" || key == "bytes0" || key == "bytes1" ||
            key == "bytes2";
@@ -182,9 +205,9 @@ std::string hexDump(const std::vector<std::uint8_t>& bytes, const std::string& i
     return out.str();
 }
 
-void print(const Json& document, bool json) {
+void print(const Json& document, bool json, int jsonIndent) {
     if (json) {
-        std::cout << document.dump() << std::endl;
+        std::cout << document.dump(jsonIndent) << std::endl;
         return;
     }
     if (document.is_array()) {
