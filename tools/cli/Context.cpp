@@ -1,7 +1,10 @@
 // The state that every sub-command shares.
 #include "Context.h"
 
+#include <algorithm>
 #include <iostream>
+
+#include "CommandTree.h"
 
 #include "tessarine/protocol/Sockets.h"
 
@@ -49,6 +52,18 @@ void Context::report(const std::string& code, const std::string& message) {
         std::cerr << Json{{"error", {{"code", code}, {"message", message}}}}.dump() << std::endl;
     else
         std::cerr << "tessarine-cli: " << message << std::endl;
+}
+
+int reportParseError(CLI::App& app, Context& context, const CLI::ParseError& error, const std::vector<std::string>& words) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        app.exit(error);
+        return EXIT_OK;
+    }
+    const std::string suggestion = CommandTree::suggest(app, words);
+    // --json is looked at in the words: the parse may have stopped before it.
+    context.json = context.json || std::any_of(words.begin(), words.end(), [](const std::string& w) { return w.rfind("--json", 0) == 0; });
+    context.usage(suggestion.empty() ? error.what() : suggestion);
+    return EXIT_USAGE;
 }
 
 void addSwitch(CLI::App& command, bool& value) {

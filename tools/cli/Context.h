@@ -55,6 +55,10 @@ void addEventCommands(CLI::App& app, Context& context);
 void addDemuxCommands(CLI::App& app, Context& context);
 void addCaptureCommands(CLI::App& app, Context& context);
 
+// Reports a command line CLI11 refused (with a suggestion for a mistyped
+// sub-command, as JSON with --json) and returns the exit code.
+int reportParseError(CLI::App& app, Context& context, const CLI::ParseError& error, const std::vector<std::string>& words);
+
 // "on"/"off" style switches.
 void addSwitch(CLI::App& command, bool& value);
 

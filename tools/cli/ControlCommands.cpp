@@ -377,7 +377,7 @@ void addRaw(CLI::App& app, Context& c) {
 
 void addControlCommands(CLI::App& app, Context& c) {
     static int flag = 0;
-    auto* version = app.add_subcommand("version", "ask whether the bridge supports a version flag");
+    auto* version = app.add_subcommand("version", "ask the bridge about a version flag (the bridge's version-flag query; --version prints this tool's version)");
     version->add_option("flag", flag)->required();
     version->callback([&c] {
         c.emit(c.control().checkVersion(flag), [](std::uint8_t v) { return Json{{"flag", flag}, {"result", v}}; });

@@ -1,5 +1,8 @@
 // tessarine-cli: talks to a running bridge over its control and section
 // filter sockets; one sub-command per request family.
+#include <iostream>
+
+#include "CommandTree.h"
 #include "Context.h"
 #include "Shell.h"
 #include "tessarine/protocol/Sockets.h"
@@ -34,6 +37,10 @@ int main(int argc, char** argv) {
     bool shell = false;
     app.add_subcommand("shell", "run commands over one connection, one a line, from the terminal or stdin")
         ->callback([&shell] { shell = true; });
+    // Hidden: the build writes the installed bash completion with it.
+    auto* completion = app.add_subcommand("completion", "")->group("");
+    completion->add_option("shell", "only bash")->required()->check(CLI::IsMember({"bash"}));
+    completion->callback([&app] { std::cout << cli::CommandTree::bashCompletion(app); });
     cli::addControlCommands(app, context);
     cli::addEventCommands(app, context);
     cli::addDemuxCommands(app, context);
@@ -42,8 +49,7 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error);
-        return code == 0 ? cli::EXIT_OK : cli::EXIT_USAGE;
+        return cli::reportParseError(app, context, error, std::vector<std::string>(argv + 1, argv + argc));
     }
     if (shell) return cli::Shell(app, context).run();
     return context.exitCode;

@@ -5,10 +5,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include <editline/readline.h>
 
+#include "CommandTree.h"
 #include "EventPrinter.h"
 
 namespace cli {
@@ -31,20 +33,11 @@ char* nextCandidate(const char* text, int state) {
 
 // Completes the sub-command names that follow the words typed so far.
 char** complete(const char* text, int start, int) {
-    std::istringstream words(std::string(rl_line_buffer, static_cast<std::size_t>(start)));
-    CLI::App* node = completionRoot;
-    for (std::string word; words >> word;) {
-        CLI::App* child = nullptr;
-        for (auto* sub : node->get_subcommands({})) {
-            if (sub->get_name() == word) child = sub;
-        }
-        if (child == nullptr) break;
-        node = child;
-    }
-    candidates.clear();
-    for (auto* sub : node->get_subcommands({})) {
-        if (!sub->get_name().empty() && sub->get_group() != "") candidates.push_back(sub->get_name());
-    }
+    std::istringstream stream(std::string(rl_line_buffer, static_cast<std::size_t>(start)));
+    std::vector<std::string> words{std::istream_iterator<std::string>(stream), std::istream_iterator<std::string>()};
+    std::size_t used = 0;
+    candidates = CommandTree::children(CommandTree::walk(*completionRoot, words, used));
+    if (used < words.size()) candidates.clear();
     rl_attempted_completion_over = 1;
     return rl_completion_matches(text, nextCandidate);
 }
@@ -95,8 +88,8 @@ void Shell::execute(const std::string& line) {
         app_.parse(line, false);
         if (app_.got_subcommand("shell")) context_.usage("already in the shell");
     } catch (const CLI::ParseError& error) {
-        const int code = app_.exit(error);
-        context_.exitCode = code == 0 ? EXIT_OK : EXIT_USAGE;
+        std::istringstream stream(line);
+        context_.exitCode = reportParseError(app_, context_, error, {std::istream_iterator<std::string>(stream), {}});
     }
 }
 
