@@ -32,6 +32,11 @@ tessarine::client::DemuxClient& Context::demux() {
     return *demux_;
 }
 
+Json Context::fields(FieldNames::Record record, Json wire) const {
+    if (wireNames || !wire.is_object()) return wire;
+    return json ? FieldNames::withNames(record, wire) : FieldNames::forPeople(record, wire, verbose);
+}
+
 void Context::fail(const tessarine::client::Error& error) {
     std::string message = error.message();
     // A connect that succeeds with nothing answering is a bridge busy with its one client.

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "FieldNames.h"
 #include "Output.h"
 #include "tessarine/client/ControlClient.h"
 #include "tessarine/client/DemuxClient.h"
@@ -23,6 +24,8 @@ public:
     std::string demuxSocket;  // section-filter socket path (--demux-socket)
     bool json = false;
     int jsonIndent = -1;  // --json=pretty indents
+    bool wireNames = false;  // --wire-names: value0... only
+    bool verbose = false;    // -v: hex dumps of byte strings in SI records
     int exitCode = EXIT_OK;
 
     tessarine::client::ControlClient& control();
@@ -40,6 +43,8 @@ public:
         if (!result) return fail(result.error());
         print(json ? Json{{"ok", true}} : Json("ok"), json, jsonIndent);
     }
+    // An SI record's members as the options ask: wire names, names beside them, or names only.
+    Json fields(FieldNames::Record record, Json wire) const;
     void fail(const tessarine::client::Error& error);
     void usage(const std::string& message);
     // Reports an error in the form of the output: a line for people, a JSON document with --json.

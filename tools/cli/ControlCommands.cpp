@@ -259,16 +259,20 @@ void addServiceInformation(CLI::App& app, Context& c) {
         c.emit(c.control().serviceDescription(), text);
     });
     si->add_subcommand("events", "the program events with their byte and string lists")->callback([&c] {
-        c.emit(c.control().programEvents(), [](const auto& l) { return rows(l, programEvent); });
+        c.emit(c.control().programEvents(), [&c](const auto& l) {
+            return rows(l, [&c](const ProgramEvent& e) { return c.fields(FieldNames::Record::ProgramEvent, programEvent(e)); });
+        });
     });
     si->add_subcommand("event", "the current program event (null when none)")->callback([&c] {
-        c.emit(c.control().programEvent(), [](const auto& e) { return e ? programEvent(*e) : Json(nullptr); });
+        c.emit(c.control().programEvent(), [&c](const auto& e) {
+            return e ? c.fields(FieldNames::Record::ProgramEvent, programEvent(*e)) : Json(nullptr);
+        });
     });
     si->add_subcommand("services", "the services")->callback([&c] {
-        c.emit(c.control().services(), [](const auto& l) {
-            return rows(l, [](const Service& s) {
-                return Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
-                            {"value3", s.value3}, {"value4", s.value4}, {"text0", s.text0}};
+        c.emit(c.control().services(), [&c](const auto& l) {
+            return rows(l, [&c](const Service& s) {
+                return c.fields(FieldNames::Record::Service, Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
+                            {"value3", s.value3}, {"value4", s.value4}, {"text0", s.text0}});
             });
         });
     });
@@ -285,32 +289,33 @@ void addServiceInformation(CLI::App& app, Context& c) {
     auto* components = si->add_subcommand("components", "the components of a service");
     components->add_option("ID", id)->required();
     components->callback([&c] {
-        c.emit(c.control().serviceComponents(id), [](const auto& l) {
-            return rows(l, [](const ServiceComponent& s) {
-                return Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
-                            {"value3", s.value3}, {"value4", s.value4}, {"value5", s.value5}};
+        c.emit(c.control().serviceComponents(id), [&c](const auto& l) {
+            return rows(l, [&c](const ServiceComponent& s) {
+                return c.fields(FieldNames::Record::Component, Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
+                            {"value3", s.value3}, {"value4", s.value4}, {"value5", s.value5}});
             });
         });
     });
     auto* pmts = si->add_subcommand("pmts", "the PMTs of a service");
     pmts->add_option("ID", id)->required();
     pmts->callback([&c] {
-        c.emit(c.control().pmts(id), [](const auto& l) {
-            return rows(l, [](const Pmt& p) {
-                return Json{{"value0", p.value0}, {"value1", p.value1}, {"value2", p.value2}, {"value3", p.value3}};
+        c.emit(c.control().pmts(id), [&c](const auto& l) {
+            return rows(l, [&c](const Pmt& p) {
+                return c.fields(FieldNames::Record::Pmt,
+                                Json{{"value0", p.value0}, {"value1", p.value1}, {"value2", p.value2}, {"value3", p.value3}});
             });
         });
     });
     si->add_subcommand("ts", "the transport stream (null when none)")->callback([&c] {
-        c.emit(c.control().transportStream(), [](const std::optional<TransportStream>& t) {
+        c.emit(c.control().transportStream(), [&c](const std::optional<TransportStream>& t) {
             if (!t) return Json(nullptr);
-            return Json{{"value0", t->value0}, {"value1", t->value1}, {"value2", t->value2},
-                        {"value3", t->value3}, {"value4", t->value4}};
+            return c.fields(FieldNames::Record::TransportStream, Json{{"value0", t->value0}, {"value1", t->value1}, {"value2", t->value2},
+                        {"value3", t->value3}, {"value4", t->value4}});
         });
     });
     si->add_subcommand("network", "the network (null when none)")->callback([&c] {
-        c.emit(c.control().network(), [](const std::optional<Network>& n) {
-            return n ? Json{{"value0", n->value0}, {"text0", n->text0}} : Json(nullptr);
+        c.emit(c.control().network(), [&c](const std::optional<Network>& n) {
+            return n ? c.fields(FieldNames::Record::Network, Json{{"value0", n->value0}, {"text0", n->text0}}) : Json(nullptr);
         });
     });
     auto* d = si->add_subcommand("descriptors", "raw descriptors, shown as hex dumps")->require_subcommand(1);

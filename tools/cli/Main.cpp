@@ -34,6 +34,9 @@ int main(int argc, char** argv) {
             context.jsonIndent = form == "pretty" ? 2 : -1;
         });
 
+    app.add_flag("--wire-names", context.wireNames, "label SI values with their wire names (value0...) only");
+    app.add_flag("-v,--verbose", context.verbose, "hex dumps of the byte strings in SI records");
+
     bool shell = false;
     app.add_subcommand("shell", "run commands over one connection, one a line, from the terminal or stdin")
         ->callback([&shell] { shell = true; });
