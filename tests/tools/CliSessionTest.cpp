@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <thread>
 
@@ -102,6 +104,20 @@ TEST_F(CliSession, ExitCodesAndRefusalsBeforeConnecting) {
         EXPECT_EQ(connects() > before, c.connects) << c.arguments;
     }
     EXPECT_EQ(cli("--version").out, "tessarine-cli " TESSARINE_VERSION_TEXT "\n");
+}
+
+TEST_F(CliSession, SiValuesCarryTheirNamesBesideTheWireNames) {
+    const auto events = nlohmann::json::parse(cli("--json si events").out);
+    ASSERT_FALSE(events.empty());
+    for (const auto& e : events) {
+        EXPECT_EQ(e["event_id"], e["value0"]);
+        EXPECT_EQ(e["service_id"], e["value4"]);
+        std::tm parts{};
+        ASSERT_NE(::strptime(e["start"].get<std::string>().c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts), nullptr) << e;
+        EXPECT_EQ(::timegm(&parts), e["value1"].get<std::time_t>());
+    }
+    EXPECT_FALSE(nlohmann::json::parse(cli("--json --wire-names si events").out)[0].contains("event_id"));
+    EXPECT_EQ(cli("si services").out.rfind("SERVICE_ID  ONID  TSID", 0), 0u);
 }
 
 TEST_F(CliSession, ABusyBridgeTimesOutWithItsLikelyCauseAsJson) {
