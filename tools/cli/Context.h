@@ -35,6 +35,12 @@ public:
     template <typename T, typename Convert>
     void emit(const tessarine::client::Result<T>& result, Convert convert) {
         if (!result) return fail(result.error());
+        print(convert(*result), json, jsonIndent);
+    }
+    // As emit, for answers that can mean "could not" or "nothing", which end with EXIT_NOTHING.
+    template <typename T, typename Convert>
+    void emitOrNothing(const tessarine::client::Result<T>& result, Convert convert) {
+        if (!result) return fail(result.error());
         const Json document = convert(*result);
         print(document, json, jsonIndent);
         if (isNothing(document)) exitCode = EXIT_NOTHING;

@@ -113,7 +113,7 @@ void addProperty(CLI::App& app, Context& c) {
     auto* get = property->add_subcommand("get", "show one property (null when unknown)");
     get->add_option("name", name)->required();
     get->callback([&c] {
-        c.emit(c.control().systemProperty(name), [](const std::optional<std::string>& v) {
+        c.emitOrNothing(c.control().systemProperty(name), [](const std::optional<std::string>& v) {
             return Json{{"name", name}, {"value", optional(v)}};
         });
     });
@@ -166,7 +166,7 @@ void addTunerAndCarousel(CLI::App& app, Context& c) {
     auto* mount = carousel->add_subcommand("mount", "mount a carousel; prints the mount point (null on failure)");
     mount->add_option("name", name)->required();
     mount->callback([&c] {
-        c.emit(c.control().mountCarousel(name),
+        c.emitOrNothing(c.control().mountCarousel(name),
                [](const std::optional<std::string>& p) { return Json{{"name", name}, {"mountPoint", optional(p)}}; });
     });
     auto* unmount = carousel->add_subcommand("unmount", "unmount a carousel");
@@ -189,7 +189,7 @@ void addMedia(CLI::App& app, Context& c) {
     static std::string locator;
     auto* open = media->add_subcommand("open", "open a player; prints its handle (null on failure)");
     open->add_option("locator", locator)->required();
-    open->callback([&c] { c.emit(c.control().openMedia(locator), [](const auto& h) { return Json{{"handle", optional(h)}}; }); });
+    open->callback([&c] { c.emitOrNothing(c.control().openMedia(locator), [](const auto& h) { return Json{{"handle", optional(h)}}; }); });
     withHandle("duration", "the item's duration")->callback([&c] {
         c.emit(c.control().mediaDuration(handle), optional<std::int32_t>);
     });
@@ -359,7 +359,7 @@ void addRaw(CLI::App& app, Context& c) {
     raw->callback([&c] {
         std::vector<std::uint8_t> payload;
         if (!parseHex(hex, payload)) return c.usage("--hex takes pairs of hex digits");
-        c.emit(c.control().raw(type, code, payload), [](const std::vector<RawFrame>& frames) {
+        c.emitOrNothing(c.control().raw(type, code, payload), [](const std::vector<RawFrame>& frames) {
             Json out = Json::array();
             for (const auto& f : frames) {
                 Json frame{{"kind", f.isRecord ? "record" : "trailing"}};

@@ -33,7 +33,7 @@ void addDemuxCommands(CLI::App& app, Context& c) {
         if (step && read->count("--table")) step = client.setTableId(table);
         if (step) step = client.start();
         if (!step) return c.emit(step);
-        c.emit(client.readSection(limit), sectionJson);
+        c.emitOrNothing(client.readSection(limit), sectionJson);
     });
 
     auto simple = [&](const char* name, const char* help, Result<void> (DemuxClient::*call)(Timeout)) {
@@ -42,7 +42,7 @@ void addDemuxCommands(CLI::App& app, Context& c) {
     simple("start", "start the filter", &DemuxClient::start);
     simple("stop", "stop the filter", &DemuxClient::stop);
     demux->add_subcommand("section", "read one section without changing the filter")->callback([&c] {
-        c.emit(c.demux().readSection(), sectionJson);
+        c.emitOrNothing(c.demux().readSection(), sectionJson);
     });
 
     static int value = 0;

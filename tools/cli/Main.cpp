@@ -11,8 +11,8 @@ int main(int argc, char** argv) {
     cli::Context context;
     CLI::App app{"Talk to a running tessarine bridge.", "tessarine-cli"};
     app.footer(
-        "Exit codes: 0 success, 1 the bridge answered with nothing (no handle, no mount point, no value,\n"
-        "no section), 2 usage or an argument the wire cannot carry, 3 not connected, 4 timed out,\n"
+        "Exit codes: 0 success, 1 the bridge answered with nothing (no handle, no mount point, no\n"
+        "property, no record to raw, no section), 2 usage or an argument the wire cannot carry, 3 not connected, 4 timed out,\n"
         "5 protocol error (connection lost or malformed answer).");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tessarine-cli " TESSARINE_VERSION_TEXT);

@@ -44,7 +44,11 @@ std::string errorName(const tessarine::client::Error& error) {
 bool isNothing(const Json& document) {
     if (document.is_null()) return true;
     if (document.is_array()) return document.empty();
-    if (document.is_object()) return !document.empty() && std::prev(document.end())->is_null();
+    if (document.is_object()) {
+        if (document.empty()) return true;
+        const Json& last = *std::prev(document.end());
+        return last.is_null() || (last.is_string() && last.get<std::string>().empty());
+    }
     return false;
 }
 

@@ -25,7 +25,8 @@ enum ExitCode : int {
 int exitCodeOf(const tessarine::client::Error& error);
 // The snake_case name of an error code, as --json error documents carry it.
 std::string errorName(const tessarine::client::Error& error);
-// Whether an answer says "nothing": null, an empty list, or an object whose last member is null.
+// Whether an answer says "nothing": null, an empty list, or an object whose last member
+// (the value asked for) is null or empty.
 bool isNothing(const Json& document);
 
 // Byte strings travel in JSON as lower-case hex without separators; the keys
