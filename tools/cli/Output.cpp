@@ -26,19 +26,9 @@ int exitCodeOf(const tessarine::client::Error& error) {
 }
 
 std::string errorName(const tessarine::client::Error& error) {
-    switch (error.code()) {
-    case ErrorCode::NotConnected:
-        return "not_connected";
-    case ErrorCode::TimedOut:
-        return "timed_out";
-    case ErrorCode::InvalidArgument:
-        return "invalid_argument";
-    case ErrorCode::ConnectionLost:
-        return "connection_lost";
-    case ErrorCode::MalformedAnswer:
-        return "malformed_answer";
-    }
-    return "protocol_error";
+    std::string name = tessarine::client::toString(error.code());
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
 }
 
 bool isNothing(const Json& document) {
