@@ -48,7 +48,7 @@ void bridgeSection(benchmark::State& state) {
         });
     }
     if (!ok) state.SkipWithError("a section came back wrong");
-    demux.stop();
+    if (!demux.stop().ok()) state.SkipWithError("the filter did not stop");
     reportSections(state, length, measurement);
 }
 

@@ -88,8 +88,13 @@ bool Console::execute(const std::string& line) {
         } else if (command == "appstate") {
             expectWords(words, 1, 1, "appstate N");
             const int state = int32(words[1], "N");
-            const int answer = appState_(state);
-            out_ << "application state " << state << ": client answered " << answer << '\n';
+            // Without a client the bridge answers 0 at once, which would read as the client's answer.
+            if (!simulator_.waitForClient(std::chrono::seconds(0))) {
+                ++failures_;
+                out_ << "application state " << state << " not sent: no client connected\n";
+            } else {
+                out_ << "application state " << state << ": client answered " << appState_(state) << '\n';
+            }
         } else if (command == "graphics") {
             expectWords(words, 8, 8, "graphics X Y W H X Y W H");
             int v[8];
@@ -141,6 +146,7 @@ bool Console::execute(const std::string& line) {
             throw std::invalid_argument("unknown command \"" + command + "\" (try help)");
         }
     } catch (const std::invalid_argument& error) {
+        ++failures_;
         out_ << "error: " << error.what() << '\n';
     }
     out_.flush();

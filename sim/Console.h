@@ -32,6 +32,8 @@ public:
     bool runTerminal(int fd);
     // Ends runScript and runTerminal soon, also while they wait.
     void stop() { stopping_ = true; }
+    // Commands that failed: a bad command, or one that could not be carried out.
+    int failures() const { return failures_; }
 
 private:
     bool sleepFor(double seconds);
@@ -41,6 +43,7 @@ private:
     AppState appState_;
     std::ostream& out_;
     std::atomic<bool> stopping_{false};
+    std::atomic<int> failures_{0};
 };
 
 }  // namespace sim

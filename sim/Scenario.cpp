@@ -27,6 +27,40 @@ constexpr int MAX_DEPTH = 64;
 constexpr double MAX_SECONDS = 30 * 24 * 3600;
 constexpr double MIN_PERIOD = 0.001;
 
+// The nesting check as a pass of its own, before the document is built: the
+// parser's per-value callback would also rescan each container's members
+// whenever one of them ends, quadratic in a list's length.
+class DepthCheck final : public nlohmann::json_sax<Json> {
+public:
+    bool tooDeep = false;
+
+    bool start_object(std::size_t) override { return open(); }
+    bool start_array(std::size_t) override { return open(); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool string(string_t&) override { return true; }
+    bool binary(binary_t&) override { return true; }
+    bool key(string_t&) override { return true; }
+    // Syntax errors are reported by the parse that follows.
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
+
+private:
+    bool open() {
+        tooDeep = ++depth_ > MAX_DEPTH;
+        return !tooDeep;
+    }
+    bool close() {
+        --depth_;
+        return true;
+    }
+    int depth_ = 0;
+};
+
 std::string describe(const Json& value) {
     std::string text = value.dump();
     if (text.size() > 40) text = text.substr(0, 37) + "...";
@@ -485,18 +519,16 @@ void readTimeline(Reader& r, const Json& root, Scenario& scenario) {
 
 Scenario Scenario::parse(const std::string& text, std::vector<ScenarioProblem>& problems) {
     Scenario scenario;
-    Json root;
-    struct TooDeep {};
-    try {
-        root = Json::parse(text, [](int depth, Json::parse_event_t event, Json&) {
-            const bool opens = event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
-            if (opens && depth >= MAX_DEPTH) throw TooDeep{};
-            return true;
-        });
-    } catch (const TooDeep&) {
+    DepthCheck depth;
+    Json::sax_parse(text, &depth);
+    if (depth.tooDeep) {
         problems.push_back({"$", "JSON nested at most " + std::to_string(MAX_DEPTH) + " deep",
                             "JSON nested deeper than " + std::to_string(MAX_DEPTH)});
         return scenario;
+    }
+    Json root;
+    try {
+        root = Json::parse(text);
     } catch (const Json::exception& error) {  // syntax, and numbers beyond a double
         problems.push_back({"$", "valid JSON", error.what()});
         return scenario;

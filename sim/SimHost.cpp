@@ -63,8 +63,12 @@ void waitForStop(const sigset_t& signals, const std::atomic<bool>& stop) {
 }  // namespace
 
 int SimHost::run(const SimOptions& options) {
-    std::string text = Scenario::defaultText();
-    const std::string source = options.scenarioFile.empty() ? "built-in scenario" : options.scenarioFile;
+    // A stream alone answers from itself: the built-in services would mix with its own.
+    const bool streamOnly = options.scenarioFile.empty() && !options.ts.empty();
+    std::string text = streamOnly ? "{}" : Scenario::defaultText();
+    const std::string source = !options.scenarioFile.empty() ? options.scenarioFile
+                               : streamOnly                  ? "empty scenario"
+                                                             : "built-in scenario";
     if (!options.scenarioFile.empty() && !readFile(options.scenarioFile, text))
         return badInput("cannot read scenario " + options.scenarioFile);
     std::vector<ScenarioProblem> problems;
@@ -119,6 +123,7 @@ int SimHost::run(const SimOptions& options) {
         socketFiles.release();
         return badInput(socketProblems);
     }
+    simulator.watchWaitingClients(IpcServerManager::socketDirectory() + "/" + CONTROL_SOCKET_NAME);
     std::cerr << PROGRAM << ": serving " << IpcServerManager::socketDirectory() << "/" << CONTROL_SOCKET_NAME << " and "
               << IpcServerManager::socketDirectory() << "/" << DEMUX_SOCKET_NAME << " from the " << source
               << (stream.empty() ? "" : " and the transport stream " + stream) << std::endl;
@@ -137,6 +142,8 @@ int SimHost::run(const SimOptions& options) {
         if (!options.scriptFile.empty()) {
             std::istringstream lines(script);
             quit = console.runScript(lines);
+        } else if (stream == "-") {
+            std::cerr << PROGRAM << ": console off: standard input carries the transport stream" << std::endl;
         } else if (::isatty(STDIN_FILENO)) {
             std::cout << "console ready: type help for the commands" << std::endl;
             quit = console.runTerminal(STDIN_FILENO);
@@ -155,7 +162,8 @@ int SimHost::run(const SimOptions& options) {
     consoleThread.join();
     Simulator::install(nullptr);
     socketFiles.release();
-    return 0;
+    // A script is a test of sorts: a command of it that failed fails the run.
+    return !options.scriptFile.empty() && console.failures() > 0 ? EXIT_SCRIPT_FAILED : 0;
 }
 
 }  // namespace sim

@@ -18,9 +18,11 @@ struct SimOptions {
 // bridge up through the adapter, serve until a signal or quit, tear down.
 class SimHost {
 public:
-    // Exit codes: 0 after a clean stop, 2 for a bad scenario, script,
-    // stream source or socket directory (before any socket exists).
+    // Exit codes: 0 after a clean stop, 2 for a bad command line, scenario,
+    // script, stream source or socket directory (before any socket exists).
     static constexpr int EXIT_BAD_INPUT = 2;
+    // A --script ran to its end or quit, but one of its commands failed.
+    static constexpr int EXIT_SCRIPT_FAILED = 1;
 
     static int run(const SimOptions& options);
 };

@@ -154,13 +154,22 @@ bool SimVideoFacade::open(std::string locator, int& handle) {
         log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> unknown locator");
         return false;
     }
+    bool opened = false;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        handle = nextHandle_++;
-        Player& player = players_[handle];
-        player.locator = locator;
-        player.duration = item->duration;
-        player.endTask = scheduler_.newGroup();
+        if (players_.size() < MAX_PLAYERS) {
+            handle = nextHandle_++;
+            Player& player = players_[handle];
+            player.locator = locator;
+            player.duration = item->duration;
+            player.endTask = scheduler_.newGroup();
+            opened = true;
+        }
+    }
+    if (!opened) {
+        log_.request(Family::Media, MEDIA_OPEN,
+                     "open " + quoted(locator) + " -> refused, " + std::to_string(MAX_PLAYERS) + " players open");
+        return false;
     }
     log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> handle " + std::to_string(handle));
     return true;

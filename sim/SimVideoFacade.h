@@ -21,6 +21,11 @@ namespace sim {
 // time (milliseconds) and end with endOfMedia on the scheduler's thread.
 class SimVideoFacade final : public middlewarefacade::VideoFacade {
 public:
+    // Players open at once; a further open is refused until one closes, so
+    // an application that never closes cannot grow the simulator without
+    // end (a receiver has a handful of decoders).
+    static constexpr std::size_t MAX_PLAYERS = 64;
+
     SimVideoFacade(const VideoSettings& settings, std::vector<MediaItem> media, Scheduler& scheduler,
                    EventGate& gate, RequestLog& log);
 

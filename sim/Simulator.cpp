@@ -1,4 +1,5 @@
 #include "sim/Simulator.h"
+#include "sim/WaitingClients.h"
 
 #include <sstream>
 
@@ -54,7 +55,23 @@ bool Simulator::readStream(const std::string& source, broadcast::Pace pace, std:
 void Simulator::refreshSi(std::uint64_t seen) {
     const std::uint64_t changes = broadcast_->si().changes();
     if (changes != seen) si_.replace(withStream(scenario_.si, broadcast_->si()));
+    // A file loops and a datagram source never ends: this is a pipe that closed, worth a line.
+    if (broadcast_->reader().ended()) {
+        log_.note("the transport stream " + broadcast_->reader().source() + " ended; its last tables stay");
+        return;
+    }
     scheduler_.after(std::chrono::milliseconds(100), [this, changes] { refreshSi(changes); });
+}
+
+void Simulator::watchWaitingClients(const std::string& controlPath) { checkWaitingClients(controlPath, 0); }
+
+void Simulator::checkWaitingClients(const std::string& controlPath, int seen) {
+    const int waiting = WaitingClients::count(controlPath);
+    if (waiting > seen)
+        log_.note("another client is waiting: the bridge serves one application at a time, and answers it when the "
+                  "connected one leaves");
+    // Twice a second: soon enough for a user wondering why a call hangs.
+    scheduler_.after(std::chrono::milliseconds(500), [this, controlPath, waiting] { checkWaitingClients(controlPath, waiting); });
 }
 
 void Simulator::clientConnected() {

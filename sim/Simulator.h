@@ -60,6 +60,9 @@ public:
     bool hasClient() const { return connected_.load(); }
     // True once a client is connected; false when `patience` runs out first.
     bool waitForClient(std::chrono::duration<double> patience);
+    // Logs when an application connects to `controlPath` while another is
+    // served: it waits, unanswered, until the first one leaves.
+    void watchWaitingClients(const std::string& controlPath);
     // How the bridge tells which notices went out (EventGate::countSentWith).
     void countSentWith(std::function<std::uint64_t()> sent) { gate_.countSentWith(std::move(sent)); }
 
@@ -75,6 +78,7 @@ private:
     void startTimeline();
     void streamEventDue(unsigned generation, std::size_t index, Scheduler::Clock::time_point due);
     void refreshSi(std::uint64_t seen);
+    void checkWaitingClients(const std::string& controlPath, int seen);
 
     const Scenario& scenario_;
     RequestLog& log_;

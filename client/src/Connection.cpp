@@ -121,12 +121,23 @@ std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
     return std::nullopt;
 }
 
-std::optional<Error> Connection::readTrailing(const Expectation& expected, const message& record, Answer& answer) {
-    if (expected.trailing == Trailing::None) return std::nullopt;
+Connection::TrailingCounts Connection::countsOf(const Expectation& expected, const message& record) {
     // Each part's count is a field of the record; the layout says what it counts.
-    TrailingData data;
+    TrailingCounts counts{};
+    std::size_t i = 0;
     for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
-        const auto count = record.get<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
+        counts[i++] = record.get<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
+    }
+    return counts;
+}
+
+std::optional<Error> Connection::readTrailing(const Expectation& expected, const TrailingCounts& counts,
+                                              Answer& answer) {
+    if (expected.trailing == Trailing::None) return std::nullopt;
+    TrailingData data;
+    std::size_t i = 0;
+    for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
+        const std::uint32_t count = counts[i++];
         if (part.element == protocol::TrailingElement::Bytes) {
             data.bytes.emplace_back();
             if (auto fault = readBytes(count, data.bytes.back())) return fault;
@@ -192,7 +203,7 @@ std::optional<Error> Connection::handle(const message& record, std::optional<mes
             Answer answer;
             answer.records.push_back(record);
             answerBytes_ = 0;
-            if (auto fault = readTrailing(expected, record, answer)) return fault;
+            if (auto fault = readTrailing(expected, countsOf(expected, record), answer)) return fault;
             sink_.answerArrived(pending->first, std::move(answer));
             return std::nullopt;
         }
@@ -248,27 +259,32 @@ std::optional<Error> Connection::readList(const Expectation& expected, std::uint
     Answer answer;
     answer.header = header;
     answerBytes_ = 0;
-    // Items are stored as they arrive, never reserved by the announced count.
-    answer.records.push_back(first);
-    if (expected.trailing == Trailing::Descriptor) {
-        if (auto fault = readTrailing(expected, first, answer)) return fault;
-    }
+    // Program events send all records first, then each event's data: only
+    // the counts are kept until then.
+    std::vector<TrailingCounts> later;
+    // Items are stored (or decoded) as they arrive, never reserved by the
+    // announced count.
+    const auto take = [&](const message& item) -> std::optional<Error> {
+        if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(expected, item));
+        if (expected.onItem) {
+            expected.onItem(item);
+        } else {
+            answer.records.push_back(item);
+        }
+        if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, countsOf(expected, item), answer);
+        return std::nullopt;
+    };
+    if (auto fault = take(first)) return fault;
+    message item;
     for (std::size_t i = 1; i < count; ++i) {
-        message item;
         if (auto fault = readRecord(item, true)) return fault;
         if (!isItemOf(expected, item, header.code)) {
             return malformed("item " + std::to_string(i) + " of a list is " + describeRecord(item.type, item.code));
         }
-        answer.records.push_back(item);
-        if (expected.trailing == Trailing::Descriptor) {
-            if (auto fault = readTrailing(expected, item, answer)) return fault;
-        }
+        if (auto fault = take(item)) return fault;
     }
-    // Program events send all records first, then each event's data.
-    if (expected.trailing == Trailing::ProgramEvent) {
-        for (const message& item : answer.records) {
-            if (auto fault = readTrailing(expected, item, answer)) return fault;
-        }
+    for (const TrailingCounts& counts : later) {
+        if (auto fault = readTrailing(expected, counts, answer)) return fault;
     }
     sink_.answerArrived(token, std::move(answer));
     return std::nullopt;

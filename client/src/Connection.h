@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <iterator>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -75,7 +77,10 @@ private:
     std::optional<Error> handleListHeader(const message& header, std::optional<message>& next);
     std::optional<Error> readList(const Expectation& expected, std::uint64_t token, const message& header,
                                   const message& first);
-    std::optional<Error> readTrailing(const Expectation& expected, const message& record, Answer& answer);
+    // The element counts of each trailing part that `record` announces.
+    using TrailingCounts = std::array<std::uint32_t, std::size(protocol::PROGRAM_EVENT_TRAILING)>;
+    static TrailingCounts countsOf(const Expectation& expected, const message& record);
+    std::optional<Error> readTrailing(const Expectation& expected, const TrailingCounts& counts, Answer& answer);
     // `into` is a byte vector or a string.
     template <typename Bytes>
     std::optional<Error> readBytes(std::size_t count, Bytes& into);

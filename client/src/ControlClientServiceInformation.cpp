@@ -23,8 +23,7 @@ message siWithArgument(std::int32_t code, std::int32_t argument) {
     return record;
 }
 
-// The trailing data is moved into the event, not copied.
-ProgramEvent programEventFrom(const message& record, detail::TrailingData&& data) {
+ProgramEvent programEventFrom(const message& record) {
     const program_event wire = program_event::decode(record.bytes() + SI_ITEM_OFFSET);
     ProgramEvent e;
     e.value0 = wire.value0;
@@ -37,13 +36,17 @@ ProgramEvent programEventFrom(const message& record, detail::TrailingData&& data
     e.text0 = wire.text0;
     e.text1 = wire.text1;
     e.text2 = wire.text2;
+    return e;
+}
+
+// The trailing data is moved into the event, not copied.
+void addTrailing(ProgramEvent& e, detail::TrailingData&& data) {
     e.bytes0 = std::move(data.bytes[0]);
     e.bytes1 = std::move(data.bytes[1]);
     e.bytes2 = std::move(data.bytes[2]);
     e.strings0 = std::move(data.strings[0]);
     e.strings1 = std::move(data.strings[1]);
     e.strings2 = std::move(data.strings[2]);
-    return e;
 }
 
 std::vector<Descriptor> descriptorsFrom(detail::Answer& answer) {
@@ -67,20 +70,20 @@ Result<std::string> ControlClient::siCodingFormat(Timeout timeout) {
 }
 
 Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) {
-    auto answer = impl_->call(si(SI_PROGRAM_EVENTS), timeout);
-    if (!answer) return answer.error();
     std::vector<ProgramEvent> events;
-    events.reserve(answer->records.size());
-    for (std::size_t i = 0; i < answer->records.size(); ++i) {
-        events.push_back(programEventFrom(answer->records[i], std::move(answer->trailing.at(i))));
-    }
+    auto expected = detail::expectationFor(MSG_SI, SI_PROGRAM_EVENTS);
+    expected->onItem = [&events](const message& item) { events.push_back(programEventFrom(item)); };
+    auto answer = impl_->call(si(SI_PROGRAM_EVENTS), std::move(expected), timeout, false);
+    if (!answer) return answer.error();
+    for (std::size_t i = 0; i < events.size(); ++i) addTrailing(events[i], std::move(answer->trailing.at(i)));
     return events;
 }
 
 Result<std::optional<ProgramEvent>> ControlClient::programEvent(Timeout timeout) {
     auto answer = impl_->call(si(SI_PROGRAM_EVENT), timeout);
     if (!answer) return answer.error();
-    ProgramEvent event = programEventFrom(answer->records.front(), std::move(answer->trailing.at(0)));
+    ProgramEvent event = programEventFrom(answer->records.front());
+    addTrailing(event, std::move(answer->trailing.at(0)));
     if (event.value1 == -1) return std::optional<ProgramEvent>();
     return std::optional<ProgramEvent>(std::move(event));
 }
@@ -110,14 +113,14 @@ Result<bool> ControlClient::isProtectedService(Timeout timeout) {
 }
 
 Result<std::vector<Service>> ControlClient::services(Timeout timeout) {
-    auto answer = impl_->call(si(SI_SERVICES), timeout);
-    if (!answer) return answer.error();
     std::vector<Service> services;
-    services.reserve(answer->records.size());
-    for (const message& item : answer->records) {
-        const service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
-        services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, s.text0});
-    }
+    auto expected = detail::expectationFor(MSG_SI, SI_SERVICES);
+    expected->onItem = [&services](const message& item) {
+        service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
+        services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, std::move(s.text0)});
+    };
+    auto answer = impl_->call(si(SI_SERVICES), std::move(expected), timeout, false);
+    if (!answer) return answer.error();
     return services;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +31,10 @@ struct Expectation {
     ItemCode itemCode = ItemCode::Fixed;
     Trailing trailing = Trailing::None;
     protocol::Fields fields;  // of the answer record or of each item: where trailing counts lie
+    // For a list: takes each item as it arrives, so the caller decodes it at
+    // once and the answer keeps no record, only the items' trailing data (on
+    // the reader thread, while the caller waits).
+    std::function<void(const message& item)> onItem;
 };
 
 // The answer that the bridge gives to the request (type, code), as the

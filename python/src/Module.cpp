@@ -36,11 +36,12 @@ constexpr std::size_t kindOf() {
     }
 }
 
+// Neither given: the options' default, which honours TESSARINE_SOCKET_DIR.
 std::string socketPath(const std::optional<std::string>& socket, const std::optional<std::string>& directory,
-                       const char* name, const char* fallback) {
+                       const char* name, const std::string& fallback) {
     if (socket && directory) raise(client::ErrorCode::InvalidArgument, "give socket or socket_dir, not both");
     if (socket) return *socket;
-    if (directory) return *directory + "/" + name;
+    if (directory) return client::socketIn(*directory, name);
     return fallback;
 }
 
@@ -49,12 +50,11 @@ double seconds(std::chrono::milliseconds limit) { return static_cast<double>(lim
 // What both clients share: construction from a socket or a socket
 // directory, the lifetime methods, connect and disconnect.
 template <typename Binding, typename Client, typename Options>
-py::class_<Binding> defineClientClass(py::module_& m, const char* name, const char* doc, const char* socketName,
-                                      const char* defaultSocket) {
+py::class_<Binding> defineClientClass(py::module_& m, const char* name, const char* doc, const char* socketName) {
     py::class_<Binding> cls(m, name, doc);
     cls.def(py::init([=](std::optional<std::string> socket, std::optional<std::string> socketDir, double limit) {
                 Options options;
-                options.socketPath = socketPath(socket, socketDir, socketName, defaultSocket);
+                options.socketPath = socketPath(socket, socketDir, socketName, options.socketPath);
                 options.timeout = toMilliseconds(limit);
                 return std::make_unique<Binding>(options);
             }),
@@ -103,7 +103,7 @@ void defineClient(py::module_& m) {
     const auto timeout = ("timeout"_a = py::none());
     const auto kw = py::kw_only();
     auto cls = defineClientClass<ClientBinding, ControlClient, client::ClientOptions>(
-        m, "Client", "A client of the bridge's control channel.", "ipc.socket", client::DEFAULT_CONTROL_SOCKET);
+        m, "Client", "A client of the bridge's control channel.", CONTROL_SOCKET_NAME);
     cls.def_property_readonly("connected",
                               [](ClientBinding& self) {
                                   bool connected = false;
@@ -225,8 +225,7 @@ void defineDemuxClient(py::module_& m) {
     const auto timeout = ("timeout"_a = py::none());
     const auto kw = py::kw_only();
     auto cls = defineClientClass<DemuxBinding, DemuxClient, client::DemuxOptions>(
-        m, "DemuxClient", "A client of the bridge's section-filter channel.", "ipcdemux.socket",
-        client::DEFAULT_DEMUX_SOCKET);
+        m, "DemuxClient", "A client of the bridge's section-filter channel.", DEMUX_SOCKET_NAME);
     cls.def("start", bindMethod<DemuxBinding>(&DemuxClient::start), kw, timeout)
         .def("stop", bindMethod<DemuxBinding>(&DemuxClient::stop), kw, timeout)
         .def("set_pid", bindMethod<DemuxBinding>(&DemuxClient::setPid), "pid"_a, kw, timeout)

@@ -27,8 +27,8 @@ QUIET = pytest.mark.tessarine_sim(scenario={"media": [{"locator": "file:///a.ts"
     (lambda c, sim: c.mount_carousel("dsmcc://1089/1/10"), "/carousel/1089/1/10"),
     (lambda c, sim: c.media_duration(c.open_media("file:///media/intro.mp4")), 5000),
     (lambda c, sim: c.open_media("file:///nowhere"), None),
-    (lambda c, sim: c.services()[1], Service(2, 1089, 1, 1, 0, "Tessarine News")),
-    (lambda c, sim: (c.program_event().bytes0, c.program_event().strings0), (b"M\x10por", ["news", "live"])),
+    (lambda c, sim: c.services()[1], Service(2, 1, 1089, 1, 4, "Tessarine News")),
+    (lambda c, sim: (c.program_event().bytes0, c.program_event().strings0), (b"por", ["news", "live"])),
     (lambda c, sim: c.network_descriptors(), [Descriptor(64, b"Tessarine")]),
     (lambda c, sim: c.raw(10, 1)[0].bytes[12], 1),
 ])

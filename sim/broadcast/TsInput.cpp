@@ -17,6 +17,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cstring>
 
 #include "tessarine/protocol/Limits.h"
 
@@ -289,12 +290,22 @@ TsInput::~TsInput() {
 void TsInput::setPcrHandler(PcrHandler handler) { pcrHandler_ = std::move(handler); }
 
 void TsInput::feed(const uint8_t* data, size_t length) {
-    {
-        std::lock_guard<std::mutex> lock(countersMutex_);
-        counters_.bytes += length;
-    }
+    uint64_t packets = 0;
     size_t at = 0;
     while (at < length) {
+        // In sync with nothing carried over: whole packets are taken where
+        // they lie, each copied once (the decoders take a mutable packet).
+        if (synced_ && pending_.empty()) {
+            uint8_t packet[TS_SIZE];
+            while (length - at >= TS_SIZE && ts_validate(data + at)) {
+                std::memcpy(packet, data + at, TS_SIZE);
+                handlePacket(packet, consumed_);
+                consumed_ += TS_SIZE;
+                at += TS_SIZE;
+                ++packets;
+            }
+            if (at == length) break;
+        }
         // Carry at most two packets' worth: enough to confirm a sync byte
         // at the next packet boundary.
         size_t take = std::min(length - at, 2 * TS_SIZE - pending_.size());
@@ -309,6 +320,7 @@ void TsInput::feed(const uint8_t* data, size_t length) {
                 skipping_ = false;
                 handlePacket(p, consumed_ + pos);
                 pos += TS_SIZE;
+                ++packets;
                 continue;
             }
             if (!synced_ && !nextKnown) break;  // wait for more bytes to confirm
@@ -322,13 +334,13 @@ void TsInput::feed(const uint8_t* data, size_t length) {
         pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(pos));
         consumed_ += pos;
     }
+    // Counted once per chunk, not per packet: the lock is shared with readers.
+    std::lock_guard<std::mutex> lock(countersMutex_);
+    counters_.bytes += length;
+    counters_.packets += packets;
 }
 
 void TsInput::handlePacket(uint8_t* packet, uint64_t offset) {
-    {
-        std::lock_guard<std::mutex> lock(countersMutex_);
-        ++counters_.packets;
-    }
     if (ts_get_transporterror(packet)) {
         warn(&InputCounters::transportErrors, "packet with the transport error indicator dropped");
         return;

@@ -171,9 +171,14 @@ void TsReader::run() {
         return stopping_;
     };
     while (!stopping()) {
-        pollfd p{fd_, POLLIN, 0};
-        int ready = ::poll(&p, 1, 100);  // wakes regularly to notice stop()
-        if (ready == 0 || (ready < 0 && errno == EINTR)) continue;
+        // A regular file (the looping kind) is always readable: only a pipe
+        // or a socket is polled, woken regularly to notice stop().
+        int ready = 1;
+        if (!loops_) {
+            pollfd p{fd_, POLLIN, 0};
+            ready = ::poll(&p, 1, 100);
+            if (ready == 0 || (ready < 0 && errno == EINTR)) continue;
+        }
         ssize_t n = ready < 0 ? -1 : ::read(fd_, buffer.data(), buffer.size());
         if (n < 0) {
             if (errno == EINTR || errno == EAGAIN) continue;

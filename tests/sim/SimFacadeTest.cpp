@@ -85,6 +85,19 @@ TEST_F(SimulatorTest, MediaPlayInRealTimeAndEndOnceForEveryListener) {
     EXPECT_NE(logText.str().find("event media 16 end of media, handle 1"), std::string::npos);
 }
 
+TEST_F(SimulatorTest, PlayersAreCappedUntilOneCloses) {
+    const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 5000}]})");
+    Simulator sim(scenario, log);
+    auto& video = sim.video();
+    int handle = 0;
+    for (std::size_t i = 0; i < SimVideoFacade::MAX_PLAYERS; ++i) ASSERT_TRUE(video.open("a", handle));
+    int refused = -1;
+    EXPECT_FALSE(video.open("a", refused));
+    EXPECT_EQ(refused, -1);
+    video.close(handle);
+    EXPECT_TRUE(video.open("a", refused));
+}
+
 TEST_F(SimulatorTest, StopSeekAndCloseCancelTheScheduledEnd) {
     const Scenario scenario = scenarioFrom(R"({"media": [{"locator": "a", "duration": 150}]})");
     Simulator sim(scenario, log);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "SimProcess.h"
+#include "tessarine/protocol/Sockets.h"
 #include "support/ControlTestClient.h"
 #include "support/DemuxTestClient.h"
 #include "support/TempDir.h"
@@ -272,6 +273,27 @@ TEST_F(SimProgram, AppStateFromAScriptReachesAClientThatAnswers) {
     ASSERT_TRUE(client.send(answer));
     EXPECT_TRUE(sim->waitForOutput("application state 4: client answered 9", 5000ms)) << sim->out();
     EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 0) << "the script's quit";
+}
+
+TEST_F(SimProgram, ExitCodesSayWhetherTheCommandLineOrAScriptCommandFailed) {
+    SimProcess misused({"--no-such-option"}, files.path());
+    EXPECT_EQ(misused.waitExit(EXIT_PATIENCE), 2);
+    auto sim = startServing("{}", {"--script", writeFile("script", "appstate 4\nquit\n")});
+    EXPECT_TRUE(sim->waitForOutput("application state 4 not sent: no client connected", 5000ms)) << sim->out();
+    EXPECT_EQ(sim->waitExit(EXIT_PATIENCE), 1);
+}
+
+TEST_F(SimProgram, TheSocketDirectoryVariableAStreamAloneAndAWaitingClient) {
+    ::setenv(SOCKET_DIRECTORY_VARIABLE, sockets.path().c_str(), 1);
+    SimProcess sim({"--ts", TESSARINE_TS_FILE}, files.path());
+    ::unsetenv(SOCKET_DIRECTORY_VARIABLE);
+    ASSERT_TRUE(sim.waitUntilServing()) << sim.err();
+    EXPECT_NE(sim.err().find("serving " + controlPath()), std::string::npos) << sim.err();
+    EXPECT_NE(sim.err().find("from the empty scenario"), std::string::npos) << sim.err();
+    ControlTestClient served(controlPath(), 5000ms), waiting(controlPath(), 5000ms);
+    EXPECT_TRUE(sim.waitForOutput("another client is waiting", 5000ms, true)) << sim.err();
+    sim.signal(SIGTERM);
+    EXPECT_EQ(sim.waitExit(EXIT_PATIENCE), 0);
 }
 
 TEST_F(SimProgram, SigtermWithAClientConnectedEndsTheProgramCleanly) {

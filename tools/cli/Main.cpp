@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
         "property, no record to raw, no section), 2 usage or an argument the wire cannot carry, 3 not connected, 4 timed out,\n"
         "5 protocol error (connection lost or malformed answer).");
     app.require_subcommand(1);
-    app.set_version_flag("--version", "tessarine-cli " TESSARINE_VERSION_TEXT);
+    app.set_version_flag("--version", std::string("tessarine-cli ") + TESSARINE_VERSION);
     app.add_option("--socket", context.socket,
                    std::string("control socket path (default ") + tessarine::CONTROL_SOCKET_PATH + ")");
     app.add_option("--demux-socket", context.demuxSocket,

@@ -51,7 +51,8 @@ inline constexpr std::int32_t MAX_FILTER_LENGTH = 4096;
 inline constexpr std::chrono::milliseconds CLIENT_TIME_LIMIT{5000};
 // Bounds on what the bridge may announce; an answer beyond them is refused as
 // malformed before anything is allocated for it.
-inline constexpr std::size_t CLIENT_MAX_LIST_ITEMS = 65536;
+// Items of one list: room for the 100 000 services of a full network scan.
+inline constexpr std::size_t CLIENT_MAX_LIST_ITEMS = 131072;
 inline constexpr std::size_t CLIENT_MAX_TRAILING_BYTES = 1 << 20;  // one byte list, string or descriptor
 inline constexpr std::size_t CLIENT_MAX_STRINGS_PER_LIST = 65536;
 inline constexpr std::size_t CLIENT_MAX_DSMCC_CHUNKS = 1024;       // about 2 MB of command text

@@ -12,6 +12,10 @@ namespace tessarine {
 inline constexpr const char* DEFAULT_SOCKET_DIRECTORY = "/dev/shm";
 inline constexpr const char* CONTROL_SOCKET_NAME = "ipc.socket";
 inline constexpr const char* DEMUX_SOCKET_NAME = "ipcdemux.socket";
+// Names the socket directory for clients, tools and the simulator, so a user
+// running a simulator elsewhere sets it once. The bridge inside a host never
+// reads it: there its paths are fixed.
+inline constexpr const char* SOCKET_DIRECTORY_VARIABLE = "TESSARINE_SOCKET_DIR";
 // The production paths: the directory and the names.
 inline constexpr const char* CONTROL_SOCKET_PATH = "/dev/shm/ipc.socket";
 inline constexpr const char* DEMUX_SOCKET_PATH = "/dev/shm/ipcdemux.socket";

@@ -21,7 +21,7 @@ namespace detail {
 // The value of a call, or the Error that prevented it. Check ok() (or the
 // bool conversion) before value(); value() of a failed result aborts.
 template <typename T>
-class Result {
+class [[nodiscard]] Result {
 public:
     Result(T value) : state_(std::in_place_index<0>, std::move(value)) {}
     Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
@@ -57,7 +57,7 @@ private:
 
 // A call that yields nothing but success or an Error.
 template <>
-class Result<void> {
+class [[nodiscard]] Result<void> {
 public:
     Result() = default;
     Result(Error error) : error_(std::move(error)) {}
