@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   g++ clang cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  nlohmann-json3-dev libcli11-dev
+  nlohmann-json3-dev libcli11-dev libedit-dev help2man
   libdvbpsi-dev dvbpsi-utils libbitstream-dev ffmpeg
   python3-matplotlib python3-dev pybind11-dev python3-pytest
   tshark

@@ -1,10 +1,15 @@
 // Sub-commands of the control channel: version, video, property, audio,
 // tuner, carousel, media, si and raw.
 #include <cstring>
+#include <future>
+#include <limits>
+#include <map>
+#include <memory>
 
 #include "Context.h"
 #include "tessarine/protocol/Codes.h"
 #include "tessarine/protocol/Offsets.h"
+#include "../wireshark/WireNames.h"
 
 namespace cli {
 
@@ -47,12 +52,18 @@ void addRectangle(CLI::App* command, Rectangle& r, bool required) {
     }
 }
 
+// Optional bounds come as all four values or none.
+bool wholeRectangle(CLI::App* command) {
+    return command->count("x") == command->count("height");
+}
+
 void addVideo(CLI::App& app, Context& c) {
     auto* video = app.add_subcommand("video", "main video and graphics")->require_subcommand(1);
     static Rectangle bounds{};
     auto* b = video->add_subcommand("bounds", "show the main video bounds, or set them when four values are given");
     addRectangle(b, bounds, false);
     b->callback([&c, b] {
+        if (!wholeRectangle(b)) return c.usage("bounds take x y width height, or nothing to read them");
         if (b->count("height") == 0) return c.emit(c.control().videoBounds(), rectangle);
         c.emit(c.control().setVideoBounds(bounds));
     });
@@ -102,7 +113,7 @@ void addProperty(CLI::App& app, Context& c) {
     auto* get = property->add_subcommand("get", "show one property (null when unknown)");
     get->add_option("name", name)->required();
     get->callback([&c] {
-        c.emit(c.control().systemProperty(name), [](const std::optional<std::string>& v) {
+        c.emitOrNothing(c.control().systemProperty(name), [](const std::optional<std::string>& v) {
             return Json{{"name", name}, {"value", optional(v)}};
         });
     });
@@ -155,7 +166,7 @@ void addTunerAndCarousel(CLI::App& app, Context& c) {
     auto* mount = carousel->add_subcommand("mount", "mount a carousel; prints the mount point (null on failure)");
     mount->add_option("name", name)->required();
     mount->callback([&c] {
-        c.emit(c.control().mountCarousel(name),
+        c.emitOrNothing(c.control().mountCarousel(name),
                [](const std::optional<std::string>& p) { return Json{{"name", name}, {"mountPoint", optional(p)}}; });
     });
     auto* unmount = carousel->add_subcommand("unmount", "unmount a carousel");
@@ -178,7 +189,7 @@ void addMedia(CLI::App& app, Context& c) {
     static std::string locator;
     auto* open = media->add_subcommand("open", "open a player; prints its handle (null on failure)");
     open->add_option("locator", locator)->required();
-    open->callback([&c] { c.emit(c.control().openMedia(locator), [](const auto& h) { return Json{{"handle", optional(h)}}; }); });
+    open->callback([&c] { c.emitOrNothing(c.control().openMedia(locator), [](const auto& h) { return Json{{"handle", optional(h)}}; }); });
     withHandle("duration", "the item's duration")->callback([&c] {
         c.emit(c.control().mediaDuration(handle), optional<std::int32_t>);
     });
@@ -191,8 +202,23 @@ void addMedia(CLI::App& app, Context& c) {
     seek->add_option("second", second)->required();
     seek->callback([&c] { c.emit(c.control().setMediaCurrentTime(handle, first, second), optional<std::int32_t>); });
     withHandle("listen", "ask for the end-of-media event")->callback([&c] { c.emit(c.control().addMediaListener(handle)); });
-    withHandle("play", "start playing; prints true or false")->callback([&c] {
-        c.emit(c.control().playMedia(handle), [](bool b) { return Json(b); });
+    static bool wait = false;
+    auto* play = withHandle("play", "start playing; prints true or false");
+    play->add_flag("--wait", wait, "then wait until the end of the media (prints the end-of-media event)");
+    play->callback([&c] {
+        auto& client = c.control();
+        auto ended = std::make_shared<std::promise<void>>();
+        if (wait) {
+            client.onEndOfMedia([ended](const EndOfMedia& e) {
+                if (e.handle == handle) ended->set_value();
+            });
+            if (auto listening = client.addMediaListener(handle); !listening) return c.fail(listening.error());
+        }
+        auto played = client.playMedia(handle);
+        c.emit(played, [](bool b) { return Json(b); });
+        if (!wait || !played || !*played) return;
+        ended->get_future().wait();
+        print(c.json ? Json{{"event", "end-of-media"}, {"handle", handle}} : Json("end of media"), c.json, c.jsonIndent);
     });
     withHandle("stop", "stop playing")->callback([&c] { c.emit(c.control().stopMedia(handle)); });
     withHandle("close", "close the player")->callback([&c] { c.emit(c.control().closeMedia(handle)); });
@@ -200,6 +226,7 @@ void addMedia(CLI::App& app, Context& c) {
     auto* b = withHandle("bounds", "show the player's bounds, or set them when four values are given");
     addRectangle(b, bounds, false);
     b->callback([&c, b] {
+        if (!wholeRectangle(b)) return c.usage("bounds take H x y width height, or H alone to read them");
         if (b->count("height") == 0) return c.emit(c.control().mediaBounds(handle), rectangle);
         c.emit(c.control().setMediaBounds(handle, bounds), optional<std::int32_t>);
     });
@@ -232,16 +259,20 @@ void addServiceInformation(CLI::App& app, Context& c) {
         c.emit(c.control().serviceDescription(), text);
     });
     si->add_subcommand("events", "the program events with their byte and string lists")->callback([&c] {
-        c.emit(c.control().programEvents(), [](const auto& l) { return rows(l, programEvent); });
+        c.emit(c.control().programEvents(), [&c](const auto& l) {
+            return rows(l, [&c](const ProgramEvent& e) { return c.fields(FieldNames::Record::ProgramEvent, programEvent(e)); });
+        });
     });
     si->add_subcommand("event", "the current program event (null when none)")->callback([&c] {
-        c.emit(c.control().programEvent(), [](const auto& e) { return e ? programEvent(*e) : Json(nullptr); });
+        c.emit(c.control().programEvent(), [&c](const auto& e) {
+            return e ? c.fields(FieldNames::Record::ProgramEvent, programEvent(*e)) : Json(nullptr);
+        });
     });
     si->add_subcommand("services", "the services")->callback([&c] {
-        c.emit(c.control().services(), [](const auto& l) {
-            return rows(l, [](const Service& s) {
-                return Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
-                            {"value3", s.value3}, {"value4", s.value4}, {"text0", s.text0}};
+        c.emit(c.control().services(), [&c](const auto& l) {
+            return rows(l, [&c](const Service& s) {
+                return c.fields(FieldNames::Record::Service, Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
+                            {"value3", s.value3}, {"value4", s.value4}, {"text0", s.text0}});
             });
         });
     });
@@ -258,32 +289,33 @@ void addServiceInformation(CLI::App& app, Context& c) {
     auto* components = si->add_subcommand("components", "the components of a service");
     components->add_option("ID", id)->required();
     components->callback([&c] {
-        c.emit(c.control().serviceComponents(id), [](const auto& l) {
-            return rows(l, [](const ServiceComponent& s) {
-                return Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
-                            {"value3", s.value3}, {"value4", s.value4}, {"value5", s.value5}};
+        c.emit(c.control().serviceComponents(id), [&c](const auto& l) {
+            return rows(l, [&c](const ServiceComponent& s) {
+                return c.fields(FieldNames::Record::Component, Json{{"value0", s.value0}, {"value1", s.value1}, {"value2", s.value2},
+                            {"value3", s.value3}, {"value4", s.value4}, {"value5", s.value5}});
             });
         });
     });
     auto* pmts = si->add_subcommand("pmts", "the PMTs of a service");
     pmts->add_option("ID", id)->required();
     pmts->callback([&c] {
-        c.emit(c.control().pmts(id), [](const auto& l) {
-            return rows(l, [](const Pmt& p) {
-                return Json{{"value0", p.value0}, {"value1", p.value1}, {"value2", p.value2}, {"value3", p.value3}};
+        c.emit(c.control().pmts(id), [&c](const auto& l) {
+            return rows(l, [&c](const Pmt& p) {
+                return c.fields(FieldNames::Record::Pmt,
+                                Json{{"value0", p.value0}, {"value1", p.value1}, {"value2", p.value2}, {"value3", p.value3}});
             });
         });
     });
     si->add_subcommand("ts", "the transport stream (null when none)")->callback([&c] {
-        c.emit(c.control().transportStream(), [](const std::optional<TransportStream>& t) {
+        c.emit(c.control().transportStream(), [&c](const std::optional<TransportStream>& t) {
             if (!t) return Json(nullptr);
-            return Json{{"value0", t->value0}, {"value1", t->value1}, {"value2", t->value2},
-                        {"value3", t->value3}, {"value4", t->value4}};
+            return c.fields(FieldNames::Record::TransportStream, Json{{"value0", t->value0}, {"value1", t->value1}, {"value2", t->value2},
+                        {"value3", t->value3}, {"value4", t->value4}});
         });
     });
     si->add_subcommand("network", "the network (null when none)")->callback([&c] {
-        c.emit(c.control().network(), [](const std::optional<Network>& n) {
-            return n ? Json{{"value0", n->value0}, {"text0", n->text0}} : Json(nullptr);
+        c.emit(c.control().network(), [&c](const std::optional<Network>& n) {
+            return n ? c.fields(FieldNames::Record::Network, Json{{"value0", n->value0}, {"text0", n->text0}}) : Json(nullptr);
         });
     });
     auto* d = si->add_subcommand("descriptors", "raw descriptors, shown as hex dumps")->require_subcommand(1);
@@ -313,13 +345,21 @@ void addRaw(CLI::App& app, Context& c) {
     const std::string payload = std::to_string(tessarine::PAYLOAD_OFFSET);
     auto* raw = app.add_subcommand(
         "raw", "send any record (bytes from " + payload + " on given in hex) and dump what comes back");
-    raw->add_option("--type", type, "record type")->required();
+    // "MSG_SI" or "si" as well as the number.
+    std::map<std::string, int> types;
+    for (int t = 0; t <= int{std::numeric_limits<std::uint8_t>::max()}; ++t) {
+        const std::string name = wire::WireNames::typeName(t);
+        if (name == std::to_string(t)) continue;
+        types.emplace(name, t);
+        types.emplace(wire::WireNames::family(t), t);
+    }
+    raw->add_option("--type", type, "record type, a number or a name")->required()->transform(CLI::CheckedTransformer(types, CLI::ignore_case).description(""));
     raw->add_option("--code", code, "record code")->required();
     raw->add_option("--hex", hex, "payload bytes from byte " + payload + ", e.g. \"07 00 00 00\"");
     raw->callback([&c] {
         std::vector<std::uint8_t> payload;
         if (!parseHex(hex, payload)) return c.usage("--hex takes pairs of hex digits");
-        c.emit(c.control().raw(type, code, payload), [](const std::vector<RawFrame>& frames) {
+        c.emitOrNothing(c.control().raw(type, code, payload), [](const std::vector<RawFrame>& frames) {
             Json out = Json::array();
             for (const auto& f : frames) {
                 Json frame{{"kind", f.isRecord ? "record" : "trailing"}};
@@ -342,7 +382,7 @@ void addRaw(CLI::App& app, Context& c) {
 
 void addControlCommands(CLI::App& app, Context& c) {
     static int flag = 0;
-    auto* version = app.add_subcommand("version", "ask whether the bridge supports a version flag");
+    auto* version = app.add_subcommand("version", "ask the bridge about a version flag (the bridge's version-flag query; --version prints this tool's version)");
     version->add_option("flag", flag)->required();
     version->callback([&c] {
         c.emit(c.control().checkVersion(flag), [](std::uint8_t v) { return Json{{"flag", flag}, {"result", v}}; });

@@ -21,8 +21,8 @@ void addDemuxCommands(CLI::App& app, Context& c) {
 
     static int pid = -1, table = -1, waitMs = 0;
     auto* read = demux->add_subcommand("read", "set PID and table when given, start the filter, read one section");
-    read->add_option("--pid", pid, "PID to filter on, e.g. 0x12");
-    read->add_option("--table", table, "table id to filter on, e.g. 0x4e");
+    read->add_option("--pid", pid, "PID to filter on, e.g. 0x12")->check(CLI::Range(0, int{tessarine::MAX_PID}));
+    read->add_option("--table", table, "table id to filter on, e.g. 0x4e")->check(CLI::Range(0, int{tessarine::MAX_TABLE_ID}));
     read->add_option("--timeout", waitMs, "time limit of the read in milliseconds (default: the global --timeout)");
     read->callback([&c, read] {
         auto& client = c.demux();
@@ -33,7 +33,7 @@ void addDemuxCommands(CLI::App& app, Context& c) {
         if (step && read->count("--table")) step = client.setTableId(table);
         if (step) step = client.start();
         if (!step) return c.emit(step);
-        c.emit(client.readSection(limit), sectionJson);
+        c.emitOrNothing(client.readSection(limit), sectionJson);
     });
 
     auto simple = [&](const char* name, const char* help, Result<void> (DemuxClient::*call)(Timeout)) {
@@ -42,7 +42,7 @@ void addDemuxCommands(CLI::App& app, Context& c) {
     simple("start", "start the filter", &DemuxClient::start);
     simple("stop", "stop the filter", &DemuxClient::stop);
     demux->add_subcommand("section", "read one section without changing the filter")->callback([&c] {
-        c.emit(c.demux().readSection(), sectionJson);
+        c.emitOrNothing(c.demux().readSection(), sectionJson);
     });
 
     static int value = 0;

@@ -1,4 +1,5 @@
-// watch: prints events as they arrive and answers application-state requests.
+// watch: prints events as they arrive and answers application-state requests;
+// with --count, scripts wait for one event and go on.
 #include <atomic>
 #include <csignal>
 #include <iostream>
@@ -7,6 +8,7 @@
 #include <thread>
 
 #include "Context.h"
+#include "EventPrinter.h"
 
 namespace cli {
 
@@ -17,38 +19,6 @@ namespace {
 std::atomic<bool> interrupted{false};
 extern "C" void onSignal(int) { interrupted = true; }
 
-Json rectangle(const Rectangle& r) { return Json{{"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}}; }
-
-// One line per event: JSON for scripts, "event  key=value ..." for people.
-class EventPrinter {
-public:
-    explicit EventPrinter(bool json) : json_(json) {}
-
-    void print(const std::string& event, Json fields) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (json_) {
-            Json line{{"event", event}};
-            line.update(fields);
-            std::cout << line.dump() << std::endl;
-        } else {
-            std::string text = event;
-            text.resize(std::max<std::size_t>(text.size() + 2, 18), ' ');
-            for (const auto& item : fields.items()) {
-                text += item.key() + "=" + (item.value().is_string() ? item.value().get<std::string>() : item.value().dump()) + " ";
-            }
-            text.pop_back();
-            std::cout << text << std::endl;
-        }
-        ++count_;
-    }
-    int count() const { return count_.load(); }
-
-private:
-    bool json_;
-    std::mutex mutex_;
-    std::atomic<int> count_{0};
-};
-
 }  // namespace
 
 void addEventCommands(CLI::App& app, Context& c) {
@@ -58,29 +28,31 @@ void addEventCommands(CLI::App& app, Context& c) {
     watch->add_option("--app-state", appState, "answer application-state requests with this byte (default: 0)")
         ->check(CLI::Range(0, int{std::numeric_limits<std::uint8_t>::max()}));
     watch->add_option("--count", count, "stop after this many events")->check(CLI::NonNegativeNumber);
+    static int timeoutMs = 0;
+    static std::string only;
+    static bool noTimestamps = false;
+    watch->add_option("--timeout", timeoutMs, "with --count: give up after this many milliseconds (exit 4)")
+        ->check(CLI::NonNegativeNumber);
+    std::vector<std::string> kinds;
+    for (auto* kind = EventPrinter::KINDS; *kind; ++kind) kinds.emplace_back(*kind);
+    watch->add_option("--event", only, "print only events of this kind")->check(CLI::IsMember(kinds));
+    watch->add_flag("--no-timestamps", noTimestamps, "leave out the time of arrival");
     watch->callback([&c] {
         std::signal(SIGINT, onSignal);
         std::signal(SIGTERM, onSignal);
-        auto printer = std::make_shared<EventPrinter>(c.json);
+        auto printer = std::make_shared<EventPrinter>(c.json, !noTimestamps, only);
         auto& client = c.control();
-        client.onDownloadComplete([printer](const DownloadComplete& d) {
-            printer->print("download-complete", Json{{"first", d.first}, {"second", d.second}});
-        });
-        client.onGraphicsSettings([printer](const GraphicsSettings& g) {
-            printer->print("graphics-settings", Json{{"first", rectangle(g.first)}, {"second", rectangle(g.second)}});
-        });
-        client.onEndOfMedia([printer](const EndOfMedia& e) { printer->print("end-of-media", Json{{"handle", e.handle}}); });
-        client.onDsmccCommand([printer](const DsmccCommand& d) {
-            printer->print("dsmcc", Json{{"code", d.code}, {"value", d.value}, {"byte", d.byte}, {"text", d.text}});
-        });
-        client.onAppStateRequest([printer](std::int32_t state) {
-            const std::uint8_t answer = appState < 0 ? 0 : static_cast<std::uint8_t>(appState);
-            printer->print("app-state", Json{{"state", state}, {"answer", answer}});
-            return answer;
-        });
+        EventPrinter::subscribe(client, printer, appState < 0 ? 0 : static_cast<std::uint8_t>(appState));
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
         // Waits for events; after a lost connection, connects again.
         bool reported = false;
         while (!interrupted && (count == 0 || printer->count() < count)) {
+            if (timeoutMs > 0 && std::chrono::steady_clock::now() >= deadline) {
+                c.report("timed_out", std::to_string(printer->count()) + " of " + std::to_string(count) +
+                                          " events within " + std::to_string(timeoutMs) + " ms");
+                c.exitCode = EXIT_TIMED_OUT;
+                break;
+            }
             if (!client.connected()) {
                 auto connected = client.connect();
                 if (!connected && !reported) {
@@ -88,10 +60,12 @@ void addEventCommands(CLI::App& app, Context& c) {
                 }
                 reported = !connected;
             }
-            std::this_thread::sleep_for(std::chrono::milliseconds(reported ? 500 : 20));
+            printer->waitFor(count, reported ? 500 : 20, interrupted);
         }
+        // An application-state request is counted when printed, before the
+        // handler returns its answer; let the client send that answer.
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
         client.disconnect();
     });
 }
-
 }  // namespace cli

@@ -25,6 +25,23 @@ int exitCodeOf(const tessarine::client::Error& error) {
     return EXIT_PROTOCOL;
 }
 
+std::string errorName(const tessarine::client::Error& error) {
+    std::string name = tessarine::client::toString(error.code());
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+}
+
+bool isNothing(const Json& document) {
+    if (document.is_null()) return true;
+    if (document.is_array()) return document.empty();
+    if (document.is_object()) {
+        if (document.empty()) return true;
+        const Json& last = *std::prev(document.end());
+        return last.is_null() || (last.is_string() && last.get<std::string>().empty());
+    }
+    return false;
+}
+
 bool isBinaryKey(const std::string& key) {
     return key == "data" || key == "section" || key == "bytes" || key == "bytes0" || key == "bytes1" ||
            key == "bytes2";
@@ -182,9 +199,9 @@ std::string hexDump(const std::vector<std::uint8_t>& bytes, const std::string& i
     return out.str();
 }
 
-void print(const Json& document, bool json) {
+void print(const Json& document, bool json, int jsonIndent) {
     if (json) {
-        std::cout << document.dump() << std::endl;
+        std::cout << document.dump(jsonIndent) << std::endl;
         return;
     }
     if (document.is_array()) {

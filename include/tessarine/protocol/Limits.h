@@ -35,6 +35,9 @@ inline constexpr std::chrono::seconds SEND_TIME_LIMIT{5};
 
 // --- The section-filter channel ---
 
+// A transport stream's packet identifier has 13 bits, a table id 8.
+inline constexpr std::int32_t MAX_PID = 0x1FFF;
+inline constexpr std::int32_t MAX_TABLE_ID = 0xFF;
 // The longest section of a transport stream.
 inline constexpr std::size_t MAX_SECTION_LENGTH = 4096;
 // No filter over a section can use more; a longer byte string ends the
