@@ -80,7 +80,7 @@ TEST_F(CliSession, WatchGivesUpAfterItsTimeLimit) {
 
 TEST_F(CliSession, ExitCodesAndRefusalsBeforeConnecting) {
     struct Case {
-        const char* arguments;
+        std::string arguments;
         int exitCode;
         const char* said;
         bool connects;
@@ -92,6 +92,12 @@ TEST_F(CliSession, ExitCodesAndRefusalsBeforeConnecting) {
         {"demux read --table 256", 2, "not in range 0 to 255", false},
         {"raw --type MSG_NONE --code 1", 2, "--type", false},
         {"--json vdeo", 2, R"({"error":{"code":"usage","message":"unknown sub-command 'vdeo'; did you mean 'video'?"}})", false},
+        {"video flag 9 on", 2, "", false},
+        {"video text " + std::string(255, 't'), 2, "", false},
+        {"si descriptors service 1", 2, "", false},
+        {"--socket /nonexistent/ipc.socket si services", 3, "", false},
+        {"si --help", 0, "", false},
+        {"audio mute on", 0, "", true},
         {"--version", 0, "", false},
     };
     for (const auto& c : cases) {

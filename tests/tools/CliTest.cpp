@@ -100,16 +100,6 @@ TEST_F(CliTest, AnswersParseBackToTheBridgesValues) {
     EXPECT_NE(table.out.find("(2 entries)"), std::string::npos);
 }
 
-TEST_F(CliTest, ExitCodesTellUsageFromMissingBridgeAndFailures) {
-    EXPECT_EQ(cli("video flag 9 on").exitCode, 2);
-    EXPECT_EQ(cli("nonsense").exitCode, 2);
-    EXPECT_EQ(cli("si descriptors service 1").exitCode, 2);
-    EXPECT_EQ(cli("--socket " + dir.file("none") + " si services").exitCode, 3);
-    EXPECT_EQ(cli("video text " + std::string(255, 't')).exitCode, 2);
-    EXPECT_EQ(cli("audio mute on").exitCode, 0);
-    EXPECT_EQ(cli("si --help").exitCode, 0);
-}
-
 TEST_F(CliTest, WatchPrintsOneJsonLinePerEventAndAnswersAppState) {
     Connections connections;
     hub->addConnectionListener(&connections);
