@@ -12,7 +12,11 @@ namespace middlewarefacade {
 struct Version : VersionFacade {
     int checkVersionFlag(int flag) override { return flag == 1 ? 1 : 0; }
 };
-VersionFacade* VersionFacade::createVersionFacade() { return new Version; }
+// The host owns its facades; the bridge only uses them.
+VersionFacade* VersionFacade::createVersionFacade() {
+    static Version version;
+    return &version;
+}
 VideoFacade* VideoFacade::createVideoFacade() { return nullptr; }
 PropertyFacade* PropertyFacade::createPropertyFacade() { return nullptr; }
 SIFacade* SIFacade::createSIFacade() { return nullptr; }
