@@ -17,7 +17,7 @@
 #include "bench/Cases.h"
 #include "bench/Measurement.h"
 #include "bench/RawPeer.h"
-#include "bench/SimProcess.h"
+#include "tests/sim/SimProcess.h"
 #include "tests/support/TempDir.h"
 #include "sim/broadcast/Broadcast.h"
 #include "tessarine/FileDescriptor.h"
@@ -64,9 +64,12 @@ void simServices(benchmark::State& state) {
     const std::int64_t count = state.range(0);
     testing::TempDir directory;
     std::ofstream(directory.file("services.json")) << scenarioWithServices(count);
-    SimProcess sim(directory.path(), {"--scenario", directory.file("services.json")});
+    testing::SimProcess sim({"--socket-dir", directory.path(), "--quiet", "--scenario", directory.file("services.json")},
+                            directory.path());
+    // Parsing a 100 000-service scenario takes a while on a loaded machine.
+    const bool ready = sim.waitUntilServing(std::chrono::seconds(60));
     FileDescriptor socket = connectTo(directory.file("ipc.socket"));
-    if (!sim.ready() || !socket.valid()) {
+    if (!ready || !socket.valid()) {
         state.SkipWithError("the simulator did not start");
         return;
     }
@@ -174,11 +177,10 @@ void rawTsInput(benchmark::State& state) {
 void simMemory(benchmark::State& state) {
     const std::int64_t requests = state.range(0);
     testing::TempDir directory;
-    SimProcess sim(directory.path(), {});
-    client::ClientOptions options;
-    options.socketPath = directory.file("ipc.socket");
-    client::ControlClient control(options);
-    if (!sim.ready()) {
+    testing::SimProcess sim({"--socket-dir", directory.path(), "--quiet"}, directory.path());
+    const bool ready = sim.waitUntilServing();
+    client::ControlClient control(client::ClientOptions::inDirectory(directory.path()));
+    if (!ready) {
         state.SkipWithError("the simulator did not start");
         return;
     }

@@ -75,7 +75,16 @@ public:
     }
     // Waits until the bridge is up with its facades, which the program
     // announces; a request before that gets the bridge's defaults.
-    bool waitUntilServing() const { return waitForOutput("tessarine-sim: serving", std::chrono::milliseconds(10000), true); }
+    bool waitUntilServing(std::chrono::milliseconds patience = std::chrono::milliseconds(10000)) const {
+        return waitForOutput("tessarine-sim: serving", patience, true);
+    }
+    // The process's resident set in KiB (VmRSS), or -1.
+    long residentKib() const {
+        std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+        for (std::string key; status >> key;)
+            if (key == "VmRSS:") return status >> key ? std::stol(key) : -1;
+        return -1;
+    }
 
 private:
     static std::string read(const std::string& path) {
