@@ -88,6 +88,9 @@ TEST_F(HubAttackTest, AttackRandomInputAndConnectionCyclesLeaveTheBridgeServingA
     EXPECT_GT(filter.calls.size(), 0u);
     EXPECT_GE(demuxClients.disconnected.load(), 506) << "told of every client's end (the last one's may be on its way)";
     EXPECT_LE(demuxClients.connected.load() - demuxClients.disconnected.load(), 1);
+    // The listeners go with this scope; the section server may still be ending the last connection.
+    hub->setDemuxConnectionListener(nullptr);
+    hub->addIpcDemuxServerListener(nullptr);
 }
 
 }  // namespace
