@@ -291,6 +291,7 @@ TEST_F(SimulatorTest, TheConsoleRunsCommandsAndAnswersBadOnesWithOneLine) {
         "eom 7\n"
         "# a comment\n"
         "status\n"
+        "graphics 0 0 1 1 0 0 2 2\n"
         "quit\n"
         "appstate 9\n");
     EXPECT_TRUE(console.runScript(script));
@@ -310,6 +311,7 @@ TEST_F(SimulatorTest, TheConsoleRunsCommandsAndAnswersBadOnesWithOneLine) {
     EXPECT_EQ(lines[9], "client: connected");
     EXPECT_NE(lines[10].find("media 2 "), std::string::npos) << lines[10];  // open and listen; eom is no request
     EXPECT_EQ(lines[11], "events sent: 3");
+    EXPECT_EQ(lines.back(), "no graphics listener") << "none registered here";
 }
 
 }  // namespace
