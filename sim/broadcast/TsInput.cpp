@@ -345,6 +345,13 @@ void TsInput::handlePacket(uint8_t* packet, uint64_t offset) {
         warn(&InputCounters::transportErrors, "packet with the transport error indicator dropped");
         return;
     }
+    // An adaptation field that leaves no room for the payload it announces
+    // would send the section decoders reading past the packet's end.
+    const unsigned room = TS_SIZE - TS_HEADER_SIZE - 1 - (ts_has_payload(packet) ? 1 : 0);
+    if (ts_has_adaptation(packet) && ts_get_adaptation(packet) > room) {
+        warn(&InputCounters::transportErrors, "packet with an adaptation field longer than the packet dropped");
+        return;
+    }
     const uint16_t pid = ts_get_pid(packet);
     if (pid == kNullPid) return;
     if (ts_has_adaptation(packet) && ts_get_adaptation(packet) >= 7 && tsaf_has_pcr(packet) && pcrHandler_)

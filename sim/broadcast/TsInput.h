@@ -22,7 +22,7 @@ struct InputCounters {
     uint64_t packets = 0;
     uint64_t syncLosses = 0;       // runs of bytes skipped to find packet sync
     uint64_t bytesSkipped = 0;
-    uint64_t transportErrors = 0;  // packets flagged by the transport error indicator
+    uint64_t transportErrors = 0;  // packets flagged by the transport error indicator, or malformed
     uint64_t tableErrors = 0;      // sections refused: CRC, continuity, malformed
     uint64_t tablesRefused = 0;    // sub-tables beyond the decoder limit
     uint64_t readErrors = 0;

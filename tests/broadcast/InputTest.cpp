@@ -173,6 +173,23 @@ TEST(DamagedInput, FlippedBytesDroppedPacketsAndTruncationAreCountedNotFatal) {
     }
 }
 
+// An adaptation field that claims the whole packet, or more, while a
+// payload is flagged: the decoders would read past the packet.
+TEST(DamagedInput, AdaptationFieldsLongerThanThePacketAreDropped) {
+    SiModel model;
+    TsInput input(model);
+    feedAll(input, readFile(dataFile("broadcast.ts")), 188 * 7);
+    Bytes bad;
+    for (uint8_t length : {183, 200, 255}) {
+        Bytes packet(188, 0xFF);
+        packet[0] = 0x47, packet[1] = 0x40, packet[2] = 0x00, packet[3] = 0x30, packet[4] = length;
+        bad.insert(bad.end(), packet.begin(), packet.end());
+    }
+    feedAll(input, bad, bad.size());
+    EXPECT_EQ(input.counters().transportErrors, 3u);
+    EXPECT_FALSE(model.getServices().empty());
+}
+
 TEST(DamagedInput, NotATransportStreamIsSkippedThroughTheReader) {
     Bytes noise(200'000);
     std::mt19937 random(3);
