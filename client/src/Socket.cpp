@@ -17,7 +17,8 @@ namespace client {
 namespace detail {
 
 int millisecondsUntil(Clock::time_point deadline) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    // Rounded up: a poll that returns early would be taken for a time-out.
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     if (left <= 0) return 0;
     return left > 1000000 ? 1000000 : static_cast<int>(left);
 }

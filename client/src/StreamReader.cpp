@@ -22,23 +22,30 @@ IoStatus StreamReader::read(void* data, std::size_t length, std::optional<Clock:
         if (length == 0) return IoStatus::Ok;
         // A piece as large as the buffer goes straight to its place.
         if (length >= buffer_.size()) return readExact(fd_, out, length, deadline);
-        if (deadline) {
-            pollfd p{fd_, POLLIN, 0};
-            const int ready = ::poll(&p, 1, millisecondsUntil(*deadline));
-            if (ready == 0) return IoStatus::TimedOut;
-            if (ready < 0) {
-                if (errno == EINTR) continue;
-                return IoStatus::Failed;
-            }
-        }
-        const ssize_t got = ::recv(fd_, buffer_.data(), buffer_.size(), 0);
+        // With a deadline, the socket is polled only when it has nothing.
+        const ssize_t got = ::recv(fd_, buffer_.data(), buffer_.size(), deadline ? MSG_DONTWAIT : 0);
         if (got == 0) return IoStatus::Closed;
         if (got < 0) {
             if (errno == EINTR) continue;
+            if (deadline && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+                if (!waitReadable(*deadline)) return IoStatus::TimedOut;
+                continue;
+            }
             return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
         }
         begin_ = 0;
         end_ = static_cast<std::size_t>(got);
+    }
+}
+
+bool StreamReader::waitReadable(Clock::time_point deadline) {
+    if (begin_ < end_) return true;
+    for (;;) {
+        pollfd p{fd_, POLLIN, 0};
+        const int ready = ::poll(&p, 1, millisecondsUntil(deadline));
+        // A failed poll is left for the read to report.
+        if (ready != 0 && !(ready < 0 && errno == EINTR)) return true;
+        if (ready == 0 && Clock::now() >= deadline) return false;
     }
 }
 

@@ -19,6 +19,11 @@ public:
 
     // Exactly `length` bytes, as readExact (Closed, Failed, TimedOut alike).
     IoStatus read(void* data, std::size_t length, std::optional<Clock::time_point> deadline = std::nullopt);
+    // Whether a read would find something (bytes, the end, a failure),
+    // waiting for it until `deadline`; a deadline past only looks. Reads nothing.
+    bool waitReadable(Clock::time_point deadline);
+    // Bytes read from the socket and not yet taken.
+    std::size_t buffered() const { return end_ - begin_; }
     // Forgets buffered bytes (a new connection on `fd`).
     void reset(int fd) {
         fd_ = fd;
