@@ -13,6 +13,22 @@ namespace tessarine {
 namespace client {
 namespace detail {
 
+// Who reads the socket. Answers carry no identifier and one call is on the
+// wire at a time, so the calling thread reads its own answer: the kernel
+// wakes it when the answer arrives, with no hand-off from another thread.
+// Between calls the reader thread delivers events. It sleeps in epoll_wait on
+// a one-shot registration of the socket, and a gate, the turn, says who may
+// read. A call takes the turn (waiting at most until its deadline while the
+// reader finishes a record it began), disarms the registration, sends, reads
+// until its answer (passing on the events it meets, in stream order), also
+// takes whole records that came in the same read as the answer, re-arms and
+// lets the turn go. Re-arming reports data already waiting, so an event that
+// follows an answer wakes the reader at once, while a run of calls never
+// wakes it. Woken, the reader takes the turn, reads what has arrived (a
+// record it has begun, to its end), re-arms and sleeps. Whoever finds a fault
+// ends the connection and tells the sink once; close() shuts the socket down
+// and re-arms, which wakes the reader to end.
+
 namespace {
 
 // About 33 records: a list or a run of events is read a buffer-full at a time.

@@ -62,7 +62,7 @@ void ControlClient::Impl::dropConnection() {
         std::lock_guard<std::mutex> lock(stateMutex_);
         connection.swap(connection_);
     }
-    // Joins the reader, which may itself need stateMutex_.
+    // Joined outside the lock: the reader may be finishing a record.
     if (connection) connection->close();
 }
 

@@ -33,7 +33,7 @@ struct Expectation {
     protocol::Fields fields;  // of the answer record or of each item: where trailing counts lie
     // For a list: takes each item as it arrives, so the caller decodes it at
     // once and the answer keeps no record, only the items' trailing data (on
-    // the reader thread, while the caller waits).
+    // the calling thread, which reads its own answer).
     std::function<void(const message& item)> onItem;
 };
 
