@@ -70,6 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "$.streamEvents[0].byte", "a byte from 0 to 255"},
         BrokenCase{"rates of the wrong length", R"({"video": {"rates": [1, 2]}})", "$.video.rates",
                    "an array of 8 integers"},
+        BrokenCase{"empty stream source", R"({"ts": ""})", "$.ts", "expected a file, \"-\" or udp://ADDR:PORT"},
         BrokenCase{"property that is no string", R"({"properties": {"a": 1}})", "$.properties.a",
                    "expected a string"}),
     [](const ::testing::TestParamInfo<BrokenCase>& info) {
