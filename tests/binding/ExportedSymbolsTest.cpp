@@ -12,7 +12,8 @@ namespace {
 
 std::set<std::string> symbolsMatching(const std::string& options, const std::string& needle) {
     std::set<std::string> found;
-    std::istringstream lines(tessarine::testing::runCommand("nm -D -C " + options + " " TESSARINE_SHARED_LIBRARY).out);
+    // TESSARINE_PATH: the shared library as built.
+    std::istringstream lines(tessarine::testing::runCommand("nm -D -C " + options + " " TESSARINE_PATH).out);
     for (std::string text; std::getline(lines, text);) {
         // Fixed columns on a 64-bit target: 16 address characters, the type, then the name.
         if (text.size() <= 19) continue;

@@ -89,22 +89,6 @@ TEST(Scenario, EveryProblemIsReportedNotOnlyTheFirst) {
     EXPECT_EQ(problems[3].path, "$.media[0].duration");
 }
 
-TEST(Scenario, TheBuiltInScenarioIsValidAndFillsEverySection) {
-    std::vector<ScenarioProblem> problems;
-    const Scenario scenario = Scenario::parse(Scenario::defaultText(), problems);
-    for (const auto& problem : problems) ADD_FAILURE() << problem.describe();
-    EXPECT_FALSE(scenario.video.languages.empty());
-    EXPECT_FALSE(scenario.properties.empty());
-    EXPECT_FALSE(scenario.tuner.channels.empty());
-    EXPECT_FALSE(scenario.carousels.empty());
-    EXPECT_FALSE(scenario.si.services.empty());
-    EXPECT_NE(scenario.si.programEvent.value1, -1);
-    EXPECT_FALSE(scenario.media.empty());
-    EXPECT_FALSE(scenario.streamEvents.empty());
-    EXPECT_FALSE(scenario.graphics.empty());
-    EXPECT_FALSE(scenario.sections.empty());
-}
-
 TEST(Scenario, ValuesLandInTheFacadeRecords) {
     std::vector<ScenarioProblem> problems;
     const Scenario scenario = Scenario::parse(R"({

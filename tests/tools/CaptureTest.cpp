@@ -52,7 +52,7 @@ protected:
     }
     std::vector<Json> decoded() const {
         std::vector<Json> blocks;
-        std::istringstream lines(testing::runCommand(TESSARINE_CLI " --json capture decode " + file()).out);
+        std::istringstream lines(testing::runCommand(TESSARINE_CLI_PATH " --json capture decode " + file()).out);
         for (std::string line; std::getline(lines, line);) blocks.push_back(Json::parse(line));
         return blocks;
     }

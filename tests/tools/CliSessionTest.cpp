@@ -46,7 +46,7 @@ protected:
     }
     CliRun cli(const std::string& arguments, const std::string& input = "") {
         std::ofstream(files.file("input")) << input;
-        CliRun run{testing::runCommand(std::string(TESSARINE_CLI) + " --socket-dir " + sockets.path() + " " + arguments +
+        CliRun run{testing::runCommand(std::string(TESSARINE_CLI_PATH) + " --socket-dir " + sockets.path() + " " + arguments +
                                        " < " + files.file("input") + " 2> " + files.file("err")),
                    ""};
         run.err = slurp(files.file("err"));

@@ -31,7 +31,7 @@ public:
 class CliTest : public testing::ClientBridgeFixture {
 protected:
     CommandRun cli(const std::string& arguments) {
-        return testing::runCommand(std::string(TESSARINE_CLI) + " --socket-dir " + dir.path() + " " + arguments +
+        return testing::runCommand(std::string(TESSARINE_CLI_PATH) + " --socket-dir " + dir.path() + " " + arguments +
                                    " 2>/dev/null");
     }
     // Whether the listener was asked this (each run's disconnection adds a video reset after it).
