@@ -10,7 +10,7 @@ work=$PWD/build/mutation/$(git rev-parse --short "$ref")
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CMAKE_C_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=/work CCACHE_DIR=/work/.ccache
 cmake -S "$work" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null || exit 1
 lib='^(hub|binding|demux|transport|client)_.*test$'
-cli='^(client|tools)_.*test$'
+cli='^((client|tools)_.*|binding_requesttable)_test$'
 simt='^(sim_.*test|python_tests)$'
 # file | sed expression | tests that could catch it
 faults=$(cat <<'LIST'

@@ -2,27 +2,24 @@
 // mangled names, and anything else that leaves the library is a leak.
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <sstream>
 #include <set>
 #include <string>
+
+#include "support/Command.h"
 
 namespace {
 
 std::set<std::string> symbolsMatching(const std::string& options, const std::string& needle) {
     std::set<std::string> found;
-    const std::string command = "nm -D -C " + options + " " TESSARINE_SHARED_LIBRARY;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr) return found;
-    char line[4096];
-    while (std::fgets(line, sizeof line, pipe) != nullptr) {
-        std::string text(line);
-        if (!text.empty() && text.back() == '\n') text.pop_back();
+    // TESSARINE_PATH: the shared library as built.
+    std::istringstream lines(tessarine::testing::runCommand("nm -D -C " + options + " " TESSARINE_PATH).out);
+    for (std::string text; std::getline(lines, text);) {
         // Fixed columns on a 64-bit target: 16 address characters, the type, then the name.
         if (text.size() <= 19) continue;
         const std::string name = text.substr(19);
         if (name.find(needle) != std::string::npos) found.insert(name);
     }
-    ::pclose(pipe);
     return found;
 }
 

@@ -40,12 +40,6 @@ TEST(RecordConverter, ProgramEventCutsItsTextsButCarriesListsWhole) {
     EXPECT_EQ(reserved, 0) << "the facade's unread word does not travel";
 }
 
-TEST(RecordConverter, EmptyProgramEventGivesZeroCounts) {
-    unsigned char bytes[tessarine::program_event::WIRE_SIZE];
-    toWire(ProgramEvent_{}).encode(bytes);
-    EXPECT_EQ(tessarine::program_event::counts(bytes), (std::array<std::uint32_t, 6>{}));
-}
-
 TEST(RecordConverter, TransportStreamKeepsOnlyKnownKinds) {
     const struct {
         int kind;
@@ -69,23 +63,6 @@ TEST(RecordConverter, SecondServiceTextNeverReachesTheWire) {
     EXPECT_EQ((std::vector<int>{wire.value0, wire.value1, wire.value2, wire.value3, wire.value4}),
               (std::vector<int>{1, 2, 3, 4, 5}));
     EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes), sizeof bytes).find("secret"), std::string::npos);
-}
-
-TEST(RecordConverter, NetworkDescriptorComponentAndTableCopyTheirFields) {
-    const tessarine::network network = toWire(Network_{text300, 42});
-    EXPECT_EQ(network.value0, 42);
-    EXPECT_EQ(network.text0.size(), 254u);
-
-    const auto descriptors = toWire(std::list<Descriptors_>{{0xbeef, {1, 2, 3}}, {7, {}}});
-    ASSERT_EQ(descriptors.size(), 2u);
-    EXPECT_EQ(descriptors.front().id, 0xbeef);
-    EXPECT_EQ(descriptors.front().data, (std::vector<unsigned char>{1, 2, 3}));
-    EXPECT_TRUE(descriptors.back().data.empty());
-
-    const tessarine::service_component component = toWire(ServiceComponent_{1, 2, 3, 4, 5, 6});
-    const tessarine::pmt table = toWire(PMT_{7, 8, 9, 10});
-    EXPECT_EQ((std::vector<int>{component.value0, component.value5, table.value0, table.value3}),
-              (std::vector<int>{1, 6, 7, 10}));
 }
 
 TEST(RecordConverter, PropertyFieldsFollowTheTextFieldRule) {

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "sim/broadcast/TsInput.h"
+#include "support/Command.h"
 
 namespace tessarine::broadcast::test {
 
@@ -71,14 +72,6 @@ inline std::set<Bytes> sectionsInFile(const Bytes& ts, uint16_t pid, uint8_t tab
 }
 
 // Standard output of a command, or empty when it cannot run.
-inline std::string commandOutput(const std::string& command) {
-    std::string out;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char chunk[4096];
-        for (size_t n; (n = fread(chunk, 1, sizeof(chunk), pipe)) > 0;) out.append(chunk, n);
-        pclose(pipe);
-    }
-    return out;
-}
+inline std::string commandOutput(const std::string& command) { return testing::runCommand(command).out; }
 
 }  // namespace tessarine::broadcast::test

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <memory>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -39,52 +40,28 @@ public:
     FakeBridge(const FakeBridge&) = delete;
     FakeBridge& operator=(const FakeBridge&) = delete;
 
-    bool listening() const { return listener_ >= 0; }
-
     // Takes the next client, dropping the current one.
     bool accept(std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) {
         dropClient();
         pollfd p{listener_, POLLIN, 0};
         if (::poll(&p, 1, static_cast<int>(timeout.count())) != 1) return false;
-        client_ = ::accept(listener_, nullptr, nullptr);
-        return client_ >= 0;
+        const int fd = ::accept(listener_, nullptr, nullptr);
+        if (fd >= 0) client_ = std::make_unique<ControlTestClient>(fd);
+        return client_ != nullptr;
     }
-    void dropClient() {
-        if (client_ >= 0) ::close(client_);
-        client_ = -1;
-    }
+    void dropClient() { client_.reset(); }
 
     std::optional<message> receive(std::chrono::milliseconds timeout = std::chrono::milliseconds(3000)) {
-        message record;
-        auto* bytes = record.bytes();
-        std::size_t got = 0;
-        while (got < MESSAGE_SIZE) {
-            pollfd p{client_, POLLIN, 0};
-            if (::poll(&p, 1, static_cast<int>(timeout.count())) != 1) return std::nullopt;
-            const ssize_t n = ::recv(client_, bytes + got, MESSAGE_SIZE - got, 0);
-            if (n <= 0) return std::nullopt;
-            got += static_cast<std::size_t>(n);
-        }
-        return record;
+        return client_ ? client_->receive(timeout) : std::nullopt;
     }
-
-    bool send(const message& record) { return sendRaw(record.bytes(), MESSAGE_SIZE); }
-    bool sendRaw(const void* data, std::size_t length) {
-        const auto* bytes = static_cast<const unsigned char*>(data);
-        while (length > 0) {
-            const ssize_t n = ::send(client_, bytes, length, MSG_NOSIGNAL);
-            if (n <= 0) return false;
-            bytes += n;
-            length -= static_cast<std::size_t>(n);
-        }
-        return true;
-    }
+    bool send(const message& record) { return client_ && client_->send(record); }
+    bool sendRaw(const void* data, std::size_t length) { return client_ && client_->sendBytes(data, length); }
     template <typename T>
     bool sendValue(const T& value) { return sendRaw(&value, sizeof value); }
 
 private:
     int listener_ = -1;
-    int client_ = -1;
+    std::unique_ptr<ControlTestClient> client_;
 };
 
 }  // namespace testing

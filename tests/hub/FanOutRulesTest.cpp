@@ -12,12 +12,7 @@ TEST_F(FanOutRulesTest, NoListenerGivesEachRulesDefault) {
     EXPECT_EQ(hub->getCurrentService(), -1);
     EXPECT_FALSE(hub->isProtectedService());
     EXPECT_EQ(hub->checkVersionFlag(1), 0);
-    EXPECT_EQ(hub->getSICodingFormat(), "");
-    EXPECT_TRUE(hub->getServices().empty());
-    const program_event event = hub->getProgramEvent();
-    EXPECT_EQ(event.value1, -1);
-    EXPECT_EQ(event.value0, 0);
-    EXPECT_EQ(hub->getNetwork().value0, -1);
+    EXPECT_EQ(hub->getProgramEvent().value1, -1);
     int x = 1, y = 2, width = 3, height = 4;  // not preset: they stay as they came
     hub->getMainVideoBounds(x, y, width, height);
     EXPECT_EQ(std::vector<int>({x, y, width, height}), std::vector<int>({1, 2, 3, 4}));

@@ -146,20 +146,6 @@ TEST_F(SimulatorTest, PlayerSettingsAreRememberedAndReportedBack) {
     EXPECT_NE(players[0].find("muted"), std::string::npos);
 }
 
-TEST_F(SimulatorTest, PropertySetAndRemoveChangeLaterAnswers) {
-    const Scenario scenario = scenarioFrom(R"({"properties": {"a": "1", "b": "2"}})");
-    Simulator sim(scenario, log);
-    auto& property = sim.property();
-    property.setProperty("a", "changed");
-    property.setProperty("c", "3");
-    property.removeProperty("b");
-    EXPECT_EQ(property.getProperty("a"), "changed");
-    EXPECT_EQ(property.getProperty("b"), "");
-    std::vector<std::string> names;
-    for (const auto& p : property.getProperties()) names.push_back(p.name + "=" + p.value);
-    EXPECT_EQ(names, (std::vector<std::string>{"a=changed", "c=3"}));
-}
-
 TEST_F(SimulatorTest, DownloadsFollowAMountWhileAListenerIsRegistered) {
     const Scenario scenario = scenarioFrom(R"({"carousels": [
         {"name": "c1", "mount": "/mnt/c1", "downloads": [{"after": 0.05, "first": "one"},

@@ -19,6 +19,8 @@ public:
     // Connects to `path`, retrying for up to `patience` while the server
     // comes up. connected() tells whether it succeeded.
     explicit TestSocket(const std::string& path, std::chrono::milliseconds patience = 2000ms);
+    // Takes a connected descriptor (a server's accepted end).
+    explicit TestSocket(int connected) : fd_(connected) {}
     ~TestSocket();
     TestSocket(const TestSocket&) = delete;
     TestSocket& operator=(const TestSocket&) = delete;

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "sim/SimProcess.h"
+#include "support/Command.h"
 #include "support/TempDir.h"
 #include "tessarine/client/ControlClient.h"
 #include "tessarine/client/DemuxClient.h"
@@ -25,24 +26,12 @@ using Json = nlohmann::json;
 using testing::SimProcess;
 using testing::TempDir;
 
-// Standard output of a shell command; its exit status in `status`.
-std::string run(const std::string& command, int* status = nullptr) {
-    std::string out;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    char buffer[4096];
-    for (std::size_t n; pipe != nullptr && (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
-    const int result = pipe != nullptr ? ::pclose(pipe) : -1;
-    if (status != nullptr) *status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
-    return out;
-}
-
 bool haveTshark() { return std::system("command -v tshark >/dev/null 2>&1") == 0; }
 
 // tshark's -T fields output of `fields` for the frames `filter` selects, one line a frame.
-std::string tshark(const std::string& file, const std::string& filter, const std::string& fields, int* status = nullptr) {
-    return run("tshark -X lua_script:" TESSARINE_SOURCE_DIR "/tools/wireshark/tessarine.lua -r " + file + " -Y '" +
-                   filter + "' -T fields " + fields + " 2>/dev/null",
-               status);
+testing::CommandRun tshark(const std::string& file, const std::string& filter, const std::string& fields) {
+    return testing::runCommand("tshark -X lua_script:" TESSARINE_SOURCE_DIR "/tools/wireshark/tessarine.lua -r " + file + " -Y '" +
+                   filter + "' -T fields " + fields + " 2>/dev/null");
 }
 
 class Capture : public ::testing::Test {
@@ -63,7 +52,7 @@ protected:
     }
     std::vector<Json> decoded() const {
         std::vector<Json> blocks;
-        std::istringstream lines(run(TESSARINE_CLI " --json capture decode " + file()));
+        std::istringstream lines(testing::runCommand(TESSARINE_CLI_PATH " --json capture decode " + file()).out);
         for (std::string line; std::getline(lines, line);) blocks.push_back(Json::parse(line));
         return blocks;
     }
@@ -140,14 +129,14 @@ TEST_F(Capture, AScriptedSessionComesBackInOrderFromTheDecoderAndTshark) {
     if (!haveTshark()) GTEST_SKIP() << "tshark is not installed";
     std::string names;
     for (const auto& s : *services) names += s.text0 + "\n";
-    EXPECT_EQ(tshark(file(), "tessarine.si.code == 6 && tessarine.role == \"item\"", "-e tessarine.si.text0"), names);
-    EXPECT_EQ(tshark(file(), "tessarine.type == 10 && frame.packet_flags_direction == 2", "-e tessarine.version.result"),
+    EXPECT_EQ(tshark(file(), "tessarine.si.code == 6 && tessarine.role == \"item\"", "-e tessarine.si.text0").out, names);
+    EXPECT_EQ(tshark(file(), "tessarine.type == 10 && frame.packet_flags_direction == 2", "-e tessarine.version.result").out,
               std::to_string(*version) + "\n");
-    EXPECT_EQ(tshark(file(), "tessarine.media.code == 0 && tessarine.role == \"answer\"", "-e tessarine.media.handle"),
+    EXPECT_EQ(tshark(file(), "tessarine.media.code == 0 && tessarine.role == \"answer\"", "-e tessarine.media.handle").out,
               std::to_string(media->value_or(-1)) + "\n");
-    EXPECT_EQ(tshark(file(), "tessarine.section.length > 0", "-e tessarine.section.length"),
+    EXPECT_EQ(tshark(file(), "tessarine.section.length > 0", "-e tessarine.section.length").out,
               std::to_string(section->size()) + "\n");
-    EXPECT_EQ(tshark(file(), "_ws.expert.severity == error", "-e frame.number"), "");
+    EXPECT_EQ(tshark(file(), "_ws.expert.severity == error", "-e frame.number").out, "");
 }
 
 TEST_F(Capture, AKilledHostLeavesAReadableFile) {
@@ -159,9 +148,9 @@ TEST_F(Capture, AKilledHostLeavesAReadableFile) {
     sim->waitExit(10s);
     EXPECT_EQ(decoded().size(), 40u);  // each request and its answer, no closing statistics
     if (!haveTshark()) GTEST_SKIP() << "tshark is not installed";
-    int status = -1;
-    EXPECT_EQ(tshark(file(), "tessarine.type == 10", "-e tessarine.type", &status).size(), 40 * 3u);
-    EXPECT_EQ(status, 0);
+    const auto read = tshark(file(), "tessarine.type == 10", "-e tessarine.type");
+    EXPECT_EQ(read.out.size(), 40 * 3u);
+    EXPECT_EQ(read.exitCode, 0);
 }
 
 TEST_F(Capture, AnUnwritableFileIsReportedOnceAndServingGoesOn) {

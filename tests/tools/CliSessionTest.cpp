@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "sim/SimProcess.h"
+#include "support/Command.h"
 #include "support/TempDir.h"
 #include "tessarine/client/ControlClient.h"
 
@@ -21,9 +22,8 @@ namespace {
 using testing::SimProcess;
 using testing::TempDir;
 
-struct CliRun {
-    int exitCode = -1;
-    std::string out, err;
+struct CliRun : testing::CommandRun {
+    std::string err;
 };
 
 std::string slurp(const std::string& path) {
@@ -46,10 +46,11 @@ protected:
     }
     CliRun cli(const std::string& arguments, const std::string& input = "") {
         std::ofstream(files.file("input")) << input;
-        const std::string command = std::string(TESSARINE_CLI) + " --socket-dir " + sockets.path() + " " + arguments +
-                                    " < " + files.file("input") + " > " + files.file("out") + " 2> " + files.file("err");
-        const int status = std::system(command.c_str());
-        return CliRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(files.file("out")), slurp(files.file("err"))};
+        CliRun run{testing::runCommand(std::string(TESSARINE_CLI_PATH) + " --socket-dir " + sockets.path() + " " + arguments +
+                                       " < " + files.file("input") + " 2> " + files.file("err")),
+                   ""};
+        run.err = slurp(files.file("err"));
+        return run;
     }
     std::size_t connects() const { return occurrences(sim->out() + sim->err(), "client connected"); }
 

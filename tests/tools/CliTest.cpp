@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "client/ClientBridgeFixture.h"
+#include "support/Command.h"
 #include "tessarine/ConnectionListener.h"
 #include "support/RecordingFilter.h"
 
@@ -18,10 +19,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-struct CliRun {
-    int exitCode = -1;
-    std::string out;
-};
+using testing::CommandRun;
 
 class Connections : public ConnectionListener {
 public:
@@ -32,18 +30,9 @@ public:
 
 class CliTest : public testing::ClientBridgeFixture {
 protected:
-    CliRun cli(const std::string& arguments) {
-        const std::string command =
-            std::string(TESSARINE_CLI) + " --socket-dir " + dir.path() + " " + arguments + " 2>/dev/null";
-        CliRun run;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        if (!pipe) return run;
-        char buffer[4096];
-        std::size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
-        const int status = ::pclose(pipe);
-        run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return run;
+    CommandRun cli(const std::string& arguments) {
+        return testing::runCommand(std::string(TESSARINE_CLI_PATH) + " --socket-dir " + dir.path() + " " + arguments +
+                                   " 2>/dev/null");
     }
     // Whether the listener was asked this (each run's disconnection adds a video reset after it).
     bool called(const std::string& entry) {
@@ -51,7 +40,7 @@ protected:
         return std::find(calls.begin(), calls.end(), entry) != calls.end();
     }
     Json json(const std::string& arguments) {
-        CliRun run = cli("--json " + arguments);
+        CommandRun run = cli("--json " + arguments);
         EXPECT_EQ(run.exitCode, 0) << arguments;
         return Json::parse(run.out, nullptr, false);
     }
@@ -94,7 +83,7 @@ TEST_F(CliTest, AnswersParseBackToTheBridgesValues) {
     EXPECT_EQ(json("raw --type 6 --code 6").size(), 3u);  // header and two services
 
     // For people: an aligned table with a header row.
-    const CliRun table = cli("si services");
+    const CommandRun table = cli("si services");
     EXPECT_EQ(table.exitCode, 0);
     EXPECT_NE(table.out.find("SERVICE_ID  ONID"), std::string::npos) << table.out;
     EXPECT_NE(table.out.find("(2 entries)"), std::string::npos);
@@ -108,7 +97,7 @@ TEST_F(CliTest, WatchPrintsOneJsonLinePerEventAndAnswersAppState) {
     hub->endOfMedia(4);
     hub->sendDsmCCCommand({3, 1, 2, std::string(2000, 'x')});
     EXPECT_EQ(hub->setApplicationState(2), 9);
-    const CliRun run = watcher.get();
+    const CommandRun run = watcher.get();
     hub->removeConnectionListener(&connections);
     EXPECT_EQ(run.exitCode, 0);
 
@@ -131,7 +120,7 @@ TEST_F(CliTest, DemuxReadSetsThePidAndDumpsTheSection) {
     const Json section = json("demux read --pid 0x12 --table 0x4e --timeout 2000");
     EXPECT_EQ(section, (Json{{"length", 3}, {"section", "4ef011"}}));
     EXPECT_EQ(filter.calls.snapshot(), (std::vector<std::string>{"pid 18", "table 78", "start"}));
-    const CliRun dump = cli("demux section");
+    const CommandRun dump = cli("demux section");
     EXPECT_NE(dump.out.find("0000  4e f0 11"), std::string::npos) << dump.out;
     hub->addIpcDemuxServerListener(nullptr);
 }
