@@ -373,7 +373,7 @@ std::optional<Error> Connection::handleListHeader(const message& header, std::op
         // A raw request cannot frame a list it does not know: it gets the header.
         if (count == 0 || expected->kind == Expectation::Kind::Anything) {
             answer.emplace();
-            answer->header = header;
+            answer->header = std::make_unique<const message>(header);
             return std::nullopt;
         }
         // The header alone does not say whether it heads our list or a
@@ -401,7 +401,7 @@ std::optional<Error> Connection::readList(const Expectation& expected, const mes
                                           std::optional<Answer>& result) {
     const auto count = static_cast<std::size_t>(header.code);
     Answer answer;
-    answer.header = header;
+    answer.header = std::make_unique<const message>(header);
     answerBytes_ = 0;
     // Program events send all records first, then each event's data: only
     // the counts are kept until then.

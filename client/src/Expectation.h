@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,8 +55,9 @@ struct TrailingData {
 
 // An answer as read from the stream: the list header (for lists), the
 // records, and the trailing data of each record when the answer has any.
+// The header lives apart, so that moving an answer moves no record.
 struct Answer {
-    std::optional<message> header;
+    std::unique_ptr<const message> header;
     std::vector<message> records;
     std::vector<TrailingData> trailing;
 };
