@@ -270,13 +270,19 @@ std::optional<Error> Connection::readTrailingPiece(void* data, std::size_t lengt
     }
 }
 
-Connection::TrailingCounts Connection::countsOf(const Expectation& expected, const message& record) {
+Connection::TrailingCounts Connection::countOffsets(const Expectation& expected) {
     // Each part's count is a field of the record; the layout says what it counts.
-    TrailingCounts counts{};
+    TrailingCounts offsets{};
     std::size_t i = 0;
     for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
-        counts[i++] = record.get<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
+        offsets[i++] = static_cast<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
     }
+    return offsets;
+}
+
+Connection::TrailingCounts Connection::countsOf(const TrailingCounts& offsets, const message& record) {
+    TrailingCounts counts{};
+    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = record.get<std::uint32_t>(offsets[i]);
     return counts;
 }
 
@@ -284,8 +290,11 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
                                               Answer& answer) {
     if (expected.trailing == Trailing::None) return std::nullopt;
     TrailingData data;
+    const auto parts = protocol::trailingParts(expected.trailing);
+    data.bytes.reserve(parts.size());
+    data.strings.reserve(parts.size());
     std::size_t i = 0;
-    for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
+    for (const protocol::TrailingPart& part : parts) {
         const std::uint32_t count = counts[i++];
         if (part.element == protocol::TrailingElement::Bytes) {
             data.bytes.emplace_back();
@@ -349,7 +358,11 @@ std::optional<Error> Connection::handle(const message& record, std::optional<mes
             Answer whole;
             whole.records.push_back(record);
             answerBytes_ = 0;
-            if (auto fault = readTrailing(*expected, countsOf(*expected, record), whole)) return fault;
+            if (expected->trailing != Trailing::None) {
+                if (auto fault = readTrailing(*expected, countsOf(countOffsets(*expected), record), whole)) {
+                    return fault;
+                }
+            }
             answer = std::move(whole);
             return std::nullopt;
         }
@@ -406,16 +419,18 @@ std::optional<Error> Connection::readList(const Expectation& expected, const mes
     // Program events send all records first, then each event's data: only
     // the counts are kept until then.
     std::vector<TrailingCounts> later;
+    // Where the counts lie is looked up once, not per item.
+    const TrailingCounts offsets = countOffsets(expected);
     // Items are stored (or decoded) as they arrive, never reserved by the
     // announced count.
     const auto take = [&](const message& item) -> std::optional<Error> {
-        if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(expected, item));
+        if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(offsets, item));
         if (expected.onItem) {
             expected.onItem(item);
         } else {
             answer.records.push_back(item);
         }
-        if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, countsOf(expected, item), answer);
+        if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, countsOf(offsets, item), answer);
         return std::nullopt;
     };
     if (auto fault = take(first)) return fault;
@@ -427,6 +442,8 @@ std::optional<Error> Connection::readList(const Expectation& expected, const mes
         }
         if (auto fault = take(item)) return fault;
     }
+    // The items have arrived: their number is no longer only announced.
+    answer.trailing.reserve(later.size());
     for (const TrailingCounts& counts : later) {
         if (auto fault = readTrailing(expected, counts, answer)) return fault;
     }

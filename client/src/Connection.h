@@ -97,9 +97,11 @@ private:
                                           const Expectation* expected, std::optional<Answer>& answer);
     std::optional<Error> readList(const Expectation& expected, const message& header, const message& first,
                                   std::optional<Answer>& answer);
-    // The element counts of each trailing part that `record` announces.
+    // The element counts of each trailing part that `record` announces, read
+    // at the offsets of the count fields (looked up once per answer).
     using TrailingCounts = std::array<std::uint32_t, std::size(protocol::PROGRAM_EVENT_TRAILING)>;
-    static TrailingCounts countsOf(const Expectation& expected, const message& record);
+    static TrailingCounts countOffsets(const Expectation& expected);
+    static TrailingCounts countsOf(const TrailingCounts& offsets, const message& record);
     std::optional<Error> readTrailing(const Expectation& expected, const TrailingCounts& counts, Answer& answer);
     // `into` is a byte vector or a string.
     template <typename Bytes>
