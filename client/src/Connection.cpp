@@ -159,7 +159,7 @@ Result<Answer> Connection::call(const message& request, const Expectation* expec
             if (next) {
                 record = *next;
                 next.reset();
-            } else if (!input_.waitReadable(deadline)) {
+            } else if (input_.fill(deadline) == IoStatus::TimedOut) {
                 // Nothing of an answer has arrived: the framing is intact.
                 if (silenceIsAnswer) {
                     answer = Answer{};
@@ -216,8 +216,9 @@ void Connection::run() {
 std::optional<Error> Connection::readArrived() {
     std::optional<message> next;
     std::optional<Answer> unexpected;
-    // A deadline long past: only looks.
-    while (next || input_.waitReadable(Clock::time_point{})) {
+    // A deadline long past: only looks. (The end of the stream, or a
+    // failure, is left for the read to report.)
+    while (next || input_.fill(Clock::time_point{}) != IoStatus::TimedOut) {
         message record;
         if (next) {
             record = *next;

@@ -62,9 +62,7 @@ public:
         if (!answer) return Bytes{};
 
         std::int32_t length = 0;
-        // Waiting first, the read that follows finds the section there.
-        const IoStatus status =
-            input_.waitReadable(deadline) ? input_.read(&length, sizeof length, deadline) : IoStatus::TimedOut;
+        const IoStatus status = input_.read(&length, sizeof length, deadline);
         if (status != IoStatus::Ok) return fail(status, "reading a section's length");
         if (length < 0 || static_cast<std::size_t>(length) > options.maxSectionLength) {
             closeSocket();

@@ -96,7 +96,8 @@ IoStatus readExact(int fd, void* data, std::size_t length, std::optional<Clock::
             continue;
         }
         if (got == 0) return IoStatus::Closed;
-        if (errno == EINTR) continue;
+        // EAGAIN: a receive time-out that a StreamReader set on the socket.
+        if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK) continue;
         return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
     }
     return IoStatus::Ok;
