@@ -45,7 +45,7 @@ IoStatus StreamReader::fill(std::optional<Clock::time_point> deadline) {
             const auto left = std::chrono::ceil<std::chrono::microseconds>(*deadline - Clock::now());
             if (left.count() <= 0) {
                 flags = MSG_DONTWAIT;
-            } else if (left > timeout_ + TIMEOUT_SLACK || left < timeout_ - TIMEOUT_SLACK) {
+            } else if (timeout_.count() == 0 || left > timeout_ + TIMEOUT_SLACK || left < timeout_ - TIMEOUT_SLACK) {
                 const timeval limit{static_cast<time_t>(left.count() / 1000000),
                                     static_cast<suseconds_t>(left.count() % 1000000)};
                 ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
