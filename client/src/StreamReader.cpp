@@ -56,10 +56,9 @@ IoStatus StreamReader::fill(std::optional<Clock::time_point> deadline) {
         if (got == 0) return IoStatus::Closed;
         if (got < 0) {
             if (errno == EINTR) continue;
-            // Without a deadline, a time-out left by a call's wait is waited out.
+            // The time-out; without a deadline, one that a call left is waited out.
             if (errno == EAGAIN || errno == EWOULDBLOCK) {
-                if (!deadline) continue;
-                if (Clock::now() >= *deadline) return IoStatus::TimedOut;
+                if (deadline && Clock::now() >= *deadline) return IoStatus::TimedOut;
                 continue;
             }
             return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
