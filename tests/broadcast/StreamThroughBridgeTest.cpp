@@ -120,6 +120,12 @@ TEST_F(StreamThroughBridge, TheFilesServicesAreServedOverTheScenario) {
     EXPECT_TRUE(eventually([&] { return networkName() == "Tessarine Test Network"; }));
 }
 
+// The stream's tables are copied over the scenario's again when they change.
+TEST_F(StreamThroughBridge, ANewVersionReplacesTheOld) {
+    auto sim = serve({"--ts", dataFile("broadcast-version.ts")});
+    EXPECT_TRUE(eventually([&] { return networkName() == "Tessarine Test Network (updated)"; })) << sim->err();
+}
+
 TEST_F(StreamThroughBridge, AttackAReadLeftWaitingByADepartedClientEndsAtOnce) {
     auto sim = serve({"--ts", dataFile("broadcast.ts")});
     filter(0x1234, 0x42, 60000);  // no such PID: the read would wait its whole minute

@@ -169,7 +169,8 @@ TEST_F(SimulatorTest, DownloadsFollowAMountWhileAListenerIsRegistered) {
 
 TEST_F(SimulatorTest, TheTimelineStartsWithEachClientAndStopsWhenItLeaves) {
     const Scenario scenario = scenarioFrom(R"({
-        "streamEvents": [{"at": 0.05, "every": 0.1, "code": 1, "value": 42, "byte": 7, "text": "go now"},
+        "streamEvents": [{"at": 0.05, "every": 0.1, "code": 1, "value": 42, "byte": 7, "text": ")" +
+                                  std::string(3000, 'g') + R"("},
                          {"at": 0.05, "name": "other", "code": 9}],
         "graphics": [{"at": 0.1, "first": {"x": 0, "y": 0, "width": 1280, "height": 720},
                       "second": {"x": 0, "y": 0, "width": 1920, "height": 1080}}]})");
@@ -185,7 +186,7 @@ TEST_F(SimulatorTest, TheTimelineStartsWithEachClientAndStopsWhenItLeaves) {
     ASSERT_TRUE(bridge.log.waitFor(3, 2000ms));
     sim.clientDisconnected();
     const auto seen = bridge.log.snapshot();
-    EXPECT_EQ(seen[0], "dsmcc 1 42 7 go now");
+    EXPECT_EQ(seen[0], "dsmcc 1 42 7 " + std::string(3000, 'g')) << "a long text arrives whole";
     EXPECT_NE(std::find(seen.begin(), seen.end(), "graphics 1280 1920"), seen.end());
     EXPECT_EQ(std::count(seen.begin(), seen.end(), "dsmcc 9 0 0 "), 0) << "no listener for \"other\"";
     std::this_thread::sleep_for(250ms);

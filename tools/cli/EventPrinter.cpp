@@ -1,6 +1,7 @@
 #include "EventPrinter.h"
 
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <iostream>
 
@@ -58,8 +59,11 @@ void EventPrinter::print(const std::string& event, Json fields) {
         line.update(fields);
         std::cout << line.dump() << std::endl;
     } else {
-        std::string text = timestamps_ ? now() + "  " + event : event;
-        text.resize(std::max<std::size_t>(text.size() + 2, timestamps_ ? 44 : 18), ' ');
+        // Fields start in one column: after the longest kind and two spaces.
+        std::size_t kindWidth = 0;
+        for (const char* const* kind = KINDS; *kind; ++kind) kindWidth = std::max(kindWidth, std::strlen(*kind));
+        std::string text = (timestamps_ ? now() + "  " : std::string()) + event;
+        text.resize(text.size() - event.size() + std::max(kindWidth, event.size()) + 2, ' ');
         for (const auto& item : fields.items()) {
             text += item.key() + "=" + (item.value().is_string() ? item.value().get<std::string>() : item.value().dump()) + " ";
         }
