@@ -153,7 +153,9 @@ Result<Answer> Connection::call(const message& request, const Expectation* expec
         deadline_ = deadline;
         failure = sendRequest(request, deadline);
         const bool sent = !failure;
-        std::optional<message> next;
+        // The record after a DSM-CC header, seen while looking for a list
+        // (rare): kept apart, so that a call carries no record for it.
+        std::unique_ptr<message> next;
         while (!failure && !answer) {
             message record;
             if (next) {
@@ -214,7 +216,7 @@ void Connection::run() {
 }
 
 std::optional<Error> Connection::readArrived() {
-    std::optional<message> next;
+    std::unique_ptr<message> next;
     std::optional<Answer> unexpected;
     // A deadline long past: only looks. (The end of the stream, or a
     // failure, is left for the read to report.)
@@ -318,7 +320,7 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
     return std::nullopt;
 }
 
-std::optional<Error> Connection::handle(const message& record, std::optional<message>& next,
+std::optional<Error> Connection::handle(const message& record, std::unique_ptr<message>& next,
                                        const Expectation* expected, std::optional<Answer>& answer) {
     const auto type = static_cast<std::uint32_t>(record.type);
     if (type > MSG_VERSION) return malformed("unknown record type " + std::to_string(record.type));
@@ -373,7 +375,7 @@ std::optional<Error> Connection::handle(const message& record, std::optional<mes
                                : " while no call waits"));
 }
 
-std::optional<Error> Connection::handleListHeader(const message& header, std::optional<message>& next,
+std::optional<Error> Connection::handleListHeader(const message& header, std::unique_ptr<message>& next,
                                                   const Expectation* expected, std::optional<Answer>& answer) {
     const std::int32_t count = header.code;
     if (count < 0) return malformed("list header with the negative count " + std::to_string(count));
@@ -400,7 +402,7 @@ std::optional<Error> Connection::handleListHeader(const message& header, std::op
                              describeRecord(expected->type, expected->code));
         }
         startDsmcc(count);
-        next = first;
+        next = std::make_unique<message>(first);
         return std::nullopt;
     }
     if (couldBeDsmcc) {

@@ -91,9 +91,9 @@ private:
     std::optional<Error> sendRequest(const message& request, Clock::time_point deadline);
     // Each returns the fault that ends the connection, if any. `expected`
     // is the awaited answer (null when no call waits), completed into `answer`.
-    std::optional<Error> handle(const message& record, std::optional<message>& next, const Expectation* expected,
+    std::optional<Error> handle(const message& record, std::unique_ptr<message>& next, const Expectation* expected,
                                 std::optional<Answer>& answer);
-    std::optional<Error> handleListHeader(const message& header, std::optional<message>& next,
+    std::optional<Error> handleListHeader(const message& header, std::unique_ptr<message>& next,
                                           const Expectation* expected, std::optional<Answer>& answer);
     std::optional<Error> readList(const Expectation& expected, const message& header, const message& first,
                                   std::optional<Answer>& answer);
