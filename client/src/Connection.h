@@ -86,6 +86,8 @@ private:
     void watch(bool on);
     // The connection is over: no one reads it again; the sink hears once.
     void end(const Error& reason);
+    // This side gives the connection up: nobody reads it again, and its end
+    // is told as deliberate.
     void giveUp();
     // Gives the connection up when the request does not go out whole.
     std::optional<Error> sendRequest(const message& request, Clock::time_point deadline);
