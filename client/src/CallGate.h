@@ -9,7 +9,8 @@ namespace tessarine {
 namespace client {
 namespace detail {
 
-// Lets one call at a time through, waiting at most until a deadline.
+// Lets one holder at a time through (a call; a connection's reading turn),
+// waiting at most until a deadline.
 // (A std::timed_mutex would do, but its timed lock is invisible to
 // ThreadSanitizer on current glibc, which then reports every unlock.)
 class CallGate {

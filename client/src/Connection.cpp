@@ -1,5 +1,6 @@
 #include "Connection.h"
 
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,6 +12,22 @@
 namespace tessarine {
 namespace client {
 namespace detail {
+
+// Who reads the socket. Answers carry no identifier and one call is on the
+// wire at a time, so the calling thread reads its own answer: the kernel
+// wakes it when the answer arrives, with no hand-off from another thread.
+// Between calls the reader thread delivers events. It sleeps in epoll_wait on
+// a one-shot registration of the socket, and a gate, the turn, says who may
+// read. A call takes the turn (waiting at most until its deadline while the
+// reader finishes a record it began), disarms the registration, sends, reads
+// until its answer (passing on the events it meets, in stream order), also
+// takes whole records that came in the same read as the answer, re-arms and
+// lets the turn go. Re-arming reports data already waiting, so an event that
+// follows an answer wakes the reader at once, while a run of calls never
+// wakes it. Woken, the reader takes the turn, reads what has arrived (a
+// record it has begun, to its end), re-arms and sleeps. Whoever finds a fault
+// ends the connection and tells the sink once; close() shuts the socket down
+// and re-arms, which wakes the reader to end.
 
 namespace {
 
@@ -45,21 +62,52 @@ std::shared_ptr<Connection> Connection::open(const ClientOptions& options, Conne
                       "cannot connect to " + options.socketPath + ": " + std::strerror(cause));
         return nullptr;
     }
-    std::shared_ptr<Connection> connection(new Connection(std::move(fd), options, sink));
+    FileDescriptor watcher(::epoll_create1(EPOLL_CLOEXEC));
+    epoll_event interest{};
+    interest.events = EPOLLIN | EPOLLONESHOT;
+    if (!watcher.valid() || ::epoll_ctl(watcher.get(), EPOLL_CTL_ADD, fd.get(), &interest) != 0) {
+        error = Error(ErrorCode::NotConnected, std::string("cannot watch the connection: ") + std::strerror(errno));
+        return nullptr;
+    }
+    std::shared_ptr<Connection> connection(new Connection(std::move(fd), std::move(watcher), options, sink));
     // Started only now, so that the reader can hand out weak references.
     connection->reader_ = std::thread([raw = connection.get()] { raw->run(); });
     return connection;
 }
 
-Connection::Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink)
-    : fd_(std::move(fd)), input_(fd_.get(), READ_BUFFER), options_(options), sink_(sink) {}
+Connection::Connection(FileDescriptor fd, FileDescriptor watcher, const ClientOptions& options,
+                       ConnectionSink& sink)
+    : fd_(std::move(fd)),
+      watcher_(std::move(watcher)),
+      options_(options),
+      sink_(sink),
+      input_(fd_.get(), READ_BUFFER) {}
 
 Connection::~Connection() { close(); }
 
 void Connection::close() {
-    closing_ = true;
-    ::shutdown(fd_.get(), SHUT_RDWR);
+    giveUp();
+    // A call may have left the reader unwatched; the shut socket wakes it.
+    watch(true);
     if (reader_.joinable() && reader_.get_id() != std::this_thread::get_id()) reader_.join();
+}
+
+void Connection::giveUp() {
+    closing_ = true;
+    alive_ = false;
+    ::shutdown(fd_.get(), SHUT_RDWR);
+}
+
+void Connection::end(const Error& reason) {
+    alive_ = false;
+    ::shutdown(fd_.get(), SHUT_RDWR);
+    if (!ended_.exchange(true)) sink_.connectionEnded(reason, closing_.load());
+}
+
+void Connection::watch(bool on) {
+    epoll_event interest{};
+    interest.events = on ? EPOLLIN | EPOLLONESHOT : 0;
+    ::epoll_ctl(watcher_.get(), EPOLL_CTL_MOD, fd_.get(), &interest);
 }
 
 IoStatus Connection::send(const message& record, Clock::time_point deadline) {
@@ -68,33 +116,129 @@ IoStatus Connection::send(const message& record, Clock::time_point deadline) {
     return writeAll(fd_.get(), record.bytes(), MESSAGE_SIZE, deadline);
 }
 
+std::optional<Error> Connection::sendRequest(const message& request, Clock::time_point deadline) {
+    switch (send(request, deadline)) {
+    case IoStatus::Ok:
+        return std::nullopt;
+    case IoStatus::TimedOut:
+        giveUp();
+        return Error(ErrorCode::TimedOut, "the bridge did not take the request within the time limit");
+    default:
+        giveUp();
+        return Error(ErrorCode::ConnectionLost, "the request could not be sent: the connection is gone");
+    }
+}
+
+Result<Answer> Connection::call(const message& request, const Expectation* expected, Clock::time_point deadline,
+                                bool silenceIsAnswer) {
+    if (!expected) {
+        if (auto failure = sendRequest(request, deadline)) return *failure;
+        return Answer{};
+    }
+    const auto late = [&] {
+        return Error(ErrorCode::TimedOut,
+                     "no answer to " + describeRecord(request.type, request.code) + " within the time limit");
+    };
+    std::optional<Error> failure;
+    std::optional<Answer> answer;
+    {
+        // The reader may be finishing a record it began; past the deadline
+        // it is stuck in the middle of one.
+        CallGate::Pass turn(turn_, deadline);
+        if (!turn.granted()) {
+            giveUp();
+            return late();
+        }
+        watch(false);
+        deadline_ = deadline;
+        failure = sendRequest(request, deadline);
+        const bool sent = !failure;
+        // The record after a DSM-CC header, seen while looking for a list
+        // (rare): kept apart, so that a call carries no record for it.
+        std::unique_ptr<message> next;
+        while (!failure && !answer) {
+            message record;
+            if (next) {
+                record = *next;
+                next.reset();
+            } else if (input_.fill(deadline) == IoStatus::TimedOut) {
+                // Nothing of an answer has arrived: the framing is intact.
+                if (silenceIsAnswer) {
+                    answer = Answer{};
+                } else {
+                    failure = late();
+                }
+                break;
+            } else if ((failure = readRecord(record, false))) {
+                break;
+            }
+            failure = handle(record, next, expected, answer);
+        }
+        // Whole records that came in the same read as the answer: the
+        // socket will not wake the reader for them. (Without a call a unit
+        // is one record; a part of one is completed by the reader.)
+        while (answer && !failure && input_.buffered() >= MESSAGE_SIZE) {
+            message record;
+            std::optional<Answer> unexpected;
+            if (!(failure = readRecord(record, false))) failure = handle(record, next, nullptr, unexpected);
+        }
+        deadline_.reset();
+        if (failure && failure->code() == ErrorCode::TimedOut) {
+            // Cut off in the middle, or a late answer that could be taken for
+            // the answer to the next call.
+            if (sent) failure = late();
+            giveUp();
+        } else if (failure) {
+            end(*failure);
+        }
+        watch(true);
+    }
+    if (answer) return std::move(*answer);
+    return *failure;
+}
+
 void Connection::run() {
     Error reason(ErrorCode::ConnectionLost, "the bridge closed the connection");
-    std::optional<message> next;
     for (;;) {
+        epoll_event ready{};
+        const int woken = ::epoll_wait(watcher_.get(), &ready, 1, -1);
+        if (woken < 0 && errno == EINTR) continue;
+        if (woken < 0) break;
+        CallGate::Pass turn(turn_, Clock::time_point::max());
+        if (!alive_) break;
+        if (auto fault = readArrived()) {
+            reason = *fault;
+            break;
+        }
+        watch(true);
+    }
+    end(reason);
+}
+
+std::optional<Error> Connection::readArrived() {
+    std::unique_ptr<message> next;
+    std::optional<Answer> unexpected;
+    // A deadline long past: only looks. (The end of the stream, or a
+    // failure, is left for the read to report.)
+    while (next || input_.fill(Clock::time_point{}) != IoStatus::TimedOut) {
         message record;
         if (next) {
             record = *next;
             next.reset();
         } else if (auto fault = readRecord(record, false)) {
-            reason = *fault;
-            break;
+            return fault;
         }
-        if (auto fault = handle(record, next)) {
-            reason = *fault;
-            break;
-        }
+        if (auto fault = handle(record, next, nullptr, unexpected)) return fault;
     }
-    // A fault leaves the framing unknown: nothing more can be read.
-    alive_ = false;
-    ::shutdown(fd_.get(), SHUT_RDWR);
-    sink_.connectionEnded(reason, closing_.load());
+    return std::nullopt;
 }
 
 std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
-    switch (input_.read(record.bytes(), MESSAGE_SIZE)) {
+    switch (input_.read(record.bytes(), MESSAGE_SIZE, deadline_)) {
     case IoStatus::Ok:
         return std::nullopt;
+    case IoStatus::TimedOut:
+        return Error(ErrorCode::TimedOut, "the answer stopped");
     case IoStatus::Closed:
         if (!insideAnswer) return Error(ErrorCode::ConnectionLost, "the bridge closed the connection");
         [[fallthrough]];
@@ -115,19 +259,33 @@ std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
         return malformed("the answer's trailing data exceeds its limit");
     }
     into.resize(count);
-    if (count > 0 && input_.read(&into[0], count) != IoStatus::Ok) {
-        return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
-    }
-    return std::nullopt;
+    return count > 0 ? readTrailingPiece(&into[0], count) : std::nullopt;
 }
 
-Connection::TrailingCounts Connection::countsOf(const Expectation& expected, const message& record) {
+std::optional<Error> Connection::readTrailingPiece(void* data, std::size_t length) {
+    switch (input_.read(data, length, deadline_)) {
+    case IoStatus::Ok:
+        return std::nullopt;
+    case IoStatus::TimedOut:
+        return Error(ErrorCode::TimedOut, "the answer stopped");
+    default:
+        return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
+    }
+}
+
+Connection::TrailingCounts Connection::countOffsets(const Expectation& expected) {
     // Each part's count is a field of the record; the layout says what it counts.
-    TrailingCounts counts{};
+    TrailingCounts offsets{};
     std::size_t i = 0;
     for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
-        counts[i++] = record.get<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
+        offsets[i++] = static_cast<std::uint32_t>(protocol::findField(expected.fields, part.count)->offset);
     }
+    return offsets;
+}
+
+Connection::TrailingCounts Connection::countsOf(const TrailingCounts& offsets, const message& record) {
+    TrailingCounts counts{};
+    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = record.get<std::uint32_t>(offsets[i]);
     return counts;
 }
 
@@ -135,8 +293,11 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
                                               Answer& answer) {
     if (expected.trailing == Trailing::None) return std::nullopt;
     TrailingData data;
+    const auto parts = protocol::trailingParts(expected.trailing);
+    data.bytes.reserve(parts.size());
+    data.strings.reserve(parts.size());
     std::size_t i = 0;
-    for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
+    for (const protocol::TrailingPart& part : parts) {
         const std::uint32_t count = counts[i++];
         if (part.element == protocol::TrailingElement::Bytes) {
             data.bytes.emplace_back();
@@ -149,9 +310,7 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
         data.strings.emplace_back();
         for (std::uint32_t s = 0; s < count; ++s) {
             std::uint32_t length = 0;
-            if (input_.read(&length, sizeof length) != IoStatus::Ok) {
-                return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
-            }
+            if (auto fault = readTrailingPiece(&length, sizeof length)) return fault;
             std::string text;
             if (auto fault = readBytes(length, text)) return fault;
             data.strings.back().push_back(std::move(text));
@@ -161,13 +320,14 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
     return std::nullopt;
 }
 
-std::optional<Error> Connection::handle(const message& record, std::optional<message>& next) {
+std::optional<Error> Connection::handle(const message& record, std::unique_ptr<message>& next,
+                                       const Expectation* expected, std::optional<Answer>& answer) {
     const auto type = static_cast<std::uint32_t>(record.type);
     if (type > MSG_VERSION) return malformed("unknown record type " + std::to_string(record.type));
 
     switch (record.type) {
     case MSG_LIST_HEADER:
-        return handleListHeader(record, next);
+        return handleListHeader(record, next, expected, answer);
     case MSG_DSMCC:
         handleDsmcc(record);
         return std::nullopt;
@@ -193,56 +353,56 @@ std::optional<Error> Connection::handle(const message& record, std::optional<mes
         return std::nullopt;
     }
 
-    const auto pending = sink_.pendingCall();
-    if (pending) {
-        const Expectation& expected = pending->second;
-        const bool matches = expected.kind == Expectation::Kind::Anything ||
-                             (expected.kind == Expectation::Kind::Single && expected.type == record.type &&
-                              expected.code == record.code);
+    if (expected) {
+        const bool matches = expected->kind == Expectation::Kind::Anything ||
+                             (expected->kind == Expectation::Kind::Single && expected->type == record.type &&
+                              expected->code == record.code);
         if (matches) {
-            Answer answer;
-            answer.records.push_back(record);
+            Answer whole;
+            whole.records.push_back(record);
             answerBytes_ = 0;
-            if (auto fault = readTrailing(expected, countsOf(expected, record), answer)) return fault;
-            sink_.answerArrived(pending->first, std::move(answer));
+            if (expected->trailing != Trailing::None) {
+                if (auto fault = readTrailing(*expected, countsOf(countOffsets(*expected), record), whole)) {
+                    return fault;
+                }
+            }
+            answer = std::move(whole);
             return std::nullopt;
         }
     }
     return malformed("unexpected " + describeRecord(record.type, record.code) +
-                     (pending ? " while waiting for " + describeRecord(pending->second.type, pending->second.code)
-                              : " while no call waits"));
+                     (expected ? " while waiting for " + describeRecord(expected->type, expected->code)
+                               : " while no call waits"));
 }
 
-std::optional<Error> Connection::handleListHeader(const message& header, std::optional<message>& next) {
+std::optional<Error> Connection::handleListHeader(const message& header, std::unique_ptr<message>& next,
+                                                  const Expectation* expected, std::optional<Answer>& answer) {
     const std::int32_t count = header.code;
     if (count < 0) return malformed("list header with the negative count " + std::to_string(count));
-    const auto pending = sink_.pendingCall();
-    const bool listAwaited = pending && (pending->second.kind == Expectation::Kind::List ||
-                                         pending->second.kind == Expectation::Kind::Anything);
+    const bool listAwaited =
+        expected && (expected->kind == Expectation::Kind::List || expected->kind == Expectation::Kind::Anything);
     // A DSM-CC header announces at least two chunks.
     const bool couldBeDsmcc =
         static_cast<std::size_t>(count) >= MIN_CHUNK_COUNT && static_cast<std::size_t>(count) <= options_.maxDsmccChunks;
 
     if (listAwaited && static_cast<std::size_t>(count) <= options_.maxListItems) {
-        const Expectation& expected = pending->second;
         // A raw request cannot frame a list it does not know: it gets the header.
-        if (count == 0 || expected.kind == Expectation::Kind::Anything) {
-            Answer answer;
-            answer.header = header;
-            sink_.answerArrived(pending->first, std::move(answer));
+        if (count == 0 || expected->kind == Expectation::Kind::Anything) {
+            answer.emplace();
+            answer->header = std::make_unique<const message>(header);
             return std::nullopt;
         }
         // The header alone does not say whether it heads our list or a
         // DSM-CC command's chunks; the record after it does.
         message first;
         if (auto fault = readRecord(first, true)) return fault;
-        if (isItemOf(expected, first, count)) return readList(expected, pending->first, header, first);
+        if (isItemOf(*expected, first, count)) return readList(*expected, header, first, answer);
         if (!couldBeDsmcc) {
             return malformed("list item " + describeRecord(first.type, first.code) + " does not belong to " +
-                             describeRecord(expected.type, expected.code));
+                             describeRecord(expected->type, expected->code));
         }
         startDsmcc(count);
-        next = first;
+        next = std::make_unique<message>(first);
         return std::nullopt;
     }
     if (couldBeDsmcc) {
@@ -253,25 +413,27 @@ std::optional<Error> Connection::handleListHeader(const message& header, std::op
                      (listAwaited ? " beyond the limit" : " while no list is awaited"));
 }
 
-std::optional<Error> Connection::readList(const Expectation& expected, std::uint64_t token, const message& header,
-                                          const message& first) {
+std::optional<Error> Connection::readList(const Expectation& expected, const message& header, const message& first,
+                                          std::optional<Answer>& result) {
     const auto count = static_cast<std::size_t>(header.code);
     Answer answer;
-    answer.header = header;
+    answer.header = std::make_unique<const message>(header);
     answerBytes_ = 0;
     // Program events send all records first, then each event's data: only
     // the counts are kept until then.
     std::vector<TrailingCounts> later;
+    // Where the counts lie is looked up once, not per item.
+    const TrailingCounts offsets = countOffsets(expected);
     // Items are stored (or decoded) as they arrive, never reserved by the
     // announced count.
     const auto take = [&](const message& item) -> std::optional<Error> {
-        if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(expected, item));
+        if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(offsets, item));
         if (expected.onItem) {
             expected.onItem(item);
         } else {
             answer.records.push_back(item);
         }
-        if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, countsOf(expected, item), answer);
+        if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, countsOf(offsets, item), answer);
         return std::nullopt;
     };
     if (auto fault = take(first)) return fault;
@@ -283,10 +445,12 @@ std::optional<Error> Connection::readList(const Expectation& expected, std::uint
         }
         if (auto fault = take(item)) return fault;
     }
+    // The items have arrived: their number is no longer only announced.
+    answer.trailing.reserve(later.size());
     for (const TrailingCounts& counts : later) {
         if (auto fault = readTrailing(expected, counts, answer)) return fault;
     }
-    sink_.answerArrived(token, std::move(answer));
+    result = std::move(answer);
     return std::nullopt;
 }
 

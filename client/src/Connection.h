@@ -12,6 +12,7 @@
 #include <utility>
 #include <variant>
 
+#include "CallGate.h"
 #include "Expectation.h"
 #include "Socket.h"
 #include "StreamReader.h"
@@ -19,6 +20,7 @@
 #include "tessarine/client/Events.h"
 #include "tessarine/FileDescriptor.h"
 #include "tessarine/client/Options.h"
+#include "tessarine/client/Result.h"
 #include "tessarine/message.h"
 
 namespace tessarine {
@@ -36,22 +38,21 @@ struct AppStateRequest {
 
 using Event = std::variant<DownloadComplete, GraphicsSettings, EndOfMedia, DsmccCommand, AppStateRequest>;
 
-// The party that waits for answers and receives events; called on the
-// connection's reader thread only.
+// The party that receives events and hears of the connection's end; called
+// on whichever thread holds the connection's reading turn.
 class ConnectionSink {
 public:
     virtual ~ConnectionSink() = default;
-    // The waiting call's token and expectation, if a call waits.
-    virtual std::optional<std::pair<std::uint64_t, Expectation>> pendingCall() = 0;
-    virtual void answerArrived(std::uint64_t token, Answer answer) = 0;
     virtual void eventArrived(Event event) = 0;
-    // The connection is over; a waiting call fails with `reason`.
-    // `deliberate` is true when this side closed it.
+    // The connection is over (told once). `deliberate` is true when this
+    // side gave it up or closed it.
     virtual void connectionEnded(const Error& reason, bool deliberate) = 0;
 };
 
-// One connection to the control socket and its reader thread, which frames
-// the stream into answers and events.
+// One connection to the control socket, read by whoever holds its reading
+// turn: the calling thread while a call waits for its answer, otherwise the
+// connection's reader thread (see Connection.cpp). Either frames the stream
+// into answers and events in the same way.
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
     // Connects and starts the reader. Errors: NotConnected, TimedOut.
@@ -63,42 +64,71 @@ public:
 
     // Sends one whole record; safe from any thread.
     IoStatus send(const message& record, Clock::time_point deadline);
-    // False once the reader has seen the end of the stream or a protocol fault.
+    // Sends `request` and reads on this thread until the answer that
+    // `expected` describes (none: only sends), passing events on as they
+    // come. A failure gives the connection up (it cannot be used again),
+    // except that with `silenceIsAnswer` a deadline that passes before any
+    // answer began gives an empty answer and keeps it. One call at a time.
+    Result<Answer> call(const message& request, const Expectation* expected, Clock::time_point deadline,
+                        bool silenceIsAnswer);
+    // False once the connection has ended or been given up.
     bool alive() const { return alive_.load(); }
     // Shuts the socket down and waits for the reader. Not from the reader.
     void close();
 
 private:
-    Connection(FileDescriptor fd, const ClientOptions& options, ConnectionSink& sink);
+    Connection(FileDescriptor fd, FileDescriptor watcher, const ClientOptions& options, ConnectionSink& sink);
 
     void run();
-    // Each returns the fault that ends the connection, if any.
-    std::optional<Error> handle(const message& record, std::optional<message>& next);
-    std::optional<Error> handleListHeader(const message& header, std::optional<message>& next);
-    std::optional<Error> readList(const Expectation& expected, std::uint64_t token, const message& header,
-                                  const message& first);
-    // The element counts of each trailing part that `record` announces.
+    // The reader thread's part: everything that has arrived, no more.
+    std::optional<Error> readArrived();
+    // Whether the reader thread's epoll instance reports the socket.
+    void watch(bool on);
+    // The connection is over: no one reads it again; the sink hears once.
+    void end(const Error& reason);
+    // This side gives the connection up: nobody reads it again, and its end
+    // is told as deliberate.
+    void giveUp();
+    // Gives the connection up when the request does not go out whole.
+    std::optional<Error> sendRequest(const message& request, Clock::time_point deadline);
+    // Each returns the fault that ends the connection, if any. `expected`
+    // is the awaited answer (null when no call waits), completed into `answer`.
+    std::optional<Error> handle(const message& record, std::unique_ptr<message>& next, const Expectation* expected,
+                                std::optional<Answer>& answer);
+    std::optional<Error> handleListHeader(const message& header, std::unique_ptr<message>& next,
+                                          const Expectation* expected, std::optional<Answer>& answer);
+    std::optional<Error> readList(const Expectation& expected, const message& header, const message& first,
+                                  std::optional<Answer>& answer);
+    // The element counts of each trailing part that `record` announces, read
+    // at the offsets of the count fields (looked up once per answer).
     using TrailingCounts = std::array<std::uint32_t, std::size(protocol::PROGRAM_EVENT_TRAILING)>;
-    static TrailingCounts countsOf(const Expectation& expected, const message& record);
+    static TrailingCounts countOffsets(const Expectation& expected);
+    static TrailingCounts countsOf(const TrailingCounts& offsets, const message& record);
     std::optional<Error> readTrailing(const Expectation& expected, const TrailingCounts& counts, Answer& answer);
     // `into` is a byte vector or a string.
     template <typename Bytes>
     std::optional<Error> readBytes(std::size_t count, Bytes& into);
+    std::optional<Error> readTrailingPiece(void* data, std::size_t length);
     std::optional<Error> readRecord(message& record, bool insideAnswer);
     void handleDsmcc(const message& record);
     void startDsmcc(std::int32_t count);
 
     FileDescriptor fd_;
-    StreamReader input_;  // the reader thread's only
+    FileDescriptor watcher_;  // epoll: the reader thread waits on it
     ClientOptions options_;
     ConnectionSink& sink_;
     std::mutex sendMutex_;
     std::thread reader_;
     std::atomic<bool> alive_{true};
     std::atomic<bool> closing_{false};
-    std::size_t answerBytes_ = 0;  // trailing bytes of the answer being read
+    std::atomic<bool> ended_{false};
 
-    // A chunked DSM-CC command being reassembled (reader thread only).
+    // Whoever holds the turn owns everything below.
+    CallGate turn_;
+    StreamReader input_;
+    std::optional<Clock::time_point> deadline_;  // a call's; the reader waits without one
+    std::size_t answerBytes_ = 0;                // trailing bytes of the answer being read
+    // A chunked DSM-CC command being reassembled.
     struct PartialDsmcc {
         std::int32_t remaining = 0;
         bool started = false;

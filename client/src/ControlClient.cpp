@@ -62,7 +62,7 @@ void ControlClient::Impl::dropConnection() {
         std::lock_guard<std::mutex> lock(stateMutex_);
         connection.swap(connection_);
     }
-    // Joins the reader, which may itself need stateMutex_.
+    // Joined outside the lock: the reader may be finishing a record.
     if (connection) connection->close();
 }
 
@@ -78,38 +78,10 @@ Result<Answer> ControlClient::Impl::call(const message& record, std::optional<Ex
     auto connection = ensureConnected(deadline);
     if (!connection) return connection.error();
 
-    std::uint64_t token = 0;
-    if (expected) {
-        std::lock_guard<std::mutex> lock(stateMutex_);
-        token = ++nextToken_;
-        pending_ = Pending{token, *expected, std::nullopt, std::nullopt};
-    }
-    const auto sent = (*connection)->send(record, deadline);
-    if (sent != detail::IoStatus::Ok) {
-        {
-            std::lock_guard<std::mutex> lock(stateMutex_);
-            pending_.reset();
-        }
-        dropConnection();
-        if (sent == detail::IoStatus::TimedOut) {
-            return Error(ErrorCode::TimedOut, "the bridge did not take the request within the time limit");
-        }
-        return Error(ErrorCode::ConnectionLost, "the request could not be sent: the connection is gone");
-    }
-    if (!expected) return Answer{};
-
-    std::unique_lock<std::mutex> lock(stateMutex_);
-    answered_.wait_until(lock, deadline, [&] { return pending_->answer || pending_->error; });
-    Pending done = std::move(*pending_);
-    pending_.reset();
-    lock.unlock();
-    if (done.answer) return std::move(*done.answer);
-    if (done.error) return *done.error;
-    if (silenceIsAnswer) return Answer{};
-    // A late answer could be taken for the answer to the next call.
-    dropConnection();
-    return Error(ErrorCode::TimedOut, "no answer to " + detail::describeRecord(record.type, record.code) +
-                                          " within the time limit");
+    auto answer = (*connection)->call(record, expected ? &*expected : nullptr, deadline, silenceIsAnswer);
+    // A failed call has given the connection up; its reader is joined now.
+    if (!answer) dropConnection();
+    return answer;
 }
 
 Result<void> ControlClient::Impl::command(const message& record, Timeout timeout) {
@@ -133,27 +105,7 @@ std::optional<Error> ControlClient::Impl::putText(message& record, std::size_t o
     return std::nullopt;
 }
 
-std::optional<std::pair<std::uint64_t, Expectation>> ControlClient::Impl::pendingCall() {
-    std::lock_guard<std::mutex> lock(stateMutex_);
-    if (!pending_ || pending_->answer || pending_->error) return std::nullopt;
-    return std::make_pair(pending_->token, pending_->expected);
-}
-
-void ControlClient::Impl::answerArrived(std::uint64_t token, Answer answer) {
-    {
-        std::lock_guard<std::mutex> lock(stateMutex_);
-        if (!pending_ || pending_->token != token) return;
-        pending_->answer = std::move(answer);
-    }
-    answered_.notify_all();
-}
-
 void ControlClient::Impl::connectionEnded(const Error& reason, bool deliberate) {
-    {
-        std::lock_guard<std::mutex> lock(stateMutex_);
-        if (pending_ && !pending_->answer) pending_->error = reason;
-    }
-    answered_.notify_all();
     if (!deliberate) {
         dispatcher_->post([this, reason] {
             const auto current = currentCallbacks();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -18,7 +17,7 @@ namespace client {
 
 // The state behind a ControlClient. Lock order: a pass of calls_ (held for
 // a whole call), then stateMutex_ (short sections only). Neither is held
-// while a callback runs or while a reader thread is joined under stateMutex_.
+// while a callback runs; no reader thread is joined under stateMutex_.
 class ControlClient::Impl : private detail::ConnectionSink {
 public:
     explicit Impl(ClientOptions options);
@@ -75,9 +74,7 @@ public:
 private:
     using Clock = detail::Clock;
 
-    // ConnectionSink, on the reader thread.
-    std::optional<std::pair<std::uint64_t, detail::Expectation>> pendingCall() override;
-    void answerArrived(std::uint64_t token, detail::Answer answer) override;
+    // ConnectionSink, on the thread that reads the connection.
     void eventArrived(detail::Event event) override;
     void connectionEnded(const Error& reason, bool deliberate) override;
 
@@ -90,16 +87,7 @@ private:
 
     detail::CallGate calls_;
     mutable std::mutex stateMutex_;
-    std::condition_variable answered_;
     std::shared_ptr<detail::Connection> connection_;  // guarded by stateMutex_
-    struct Pending {
-        std::uint64_t token;
-        detail::Expectation expected;
-        std::optional<detail::Answer> answer;
-        std::optional<Error> error;
-    };
-    std::optional<Pending> pending_;  // guarded by stateMutex_
-    std::uint64_t nextToken_ = 0;
 
     std::mutex callbackMutex_;
     std::shared_ptr<const Callbacks> callbacks_ = std::make_shared<const Callbacks>();

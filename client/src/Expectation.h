@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ struct Expectation {
     protocol::Fields fields;  // of the answer record or of each item: where trailing counts lie
     // For a list: takes each item as it arrives, so the caller decodes it at
     // once and the answer keeps no record, only the items' trailing data (on
-    // the reader thread, while the caller waits).
+    // the calling thread, which reads its own answer).
     std::function<void(const message& item)> onItem;
 };
 
@@ -54,8 +55,9 @@ struct TrailingData {
 
 // An answer as read from the stream: the list header (for lists), the
 // records, and the trailing data of each record when the answer has any.
+// The header lives apart, so that moving an answer moves no record.
 struct Answer {
-    std::optional<message> header;
+    std::unique_ptr<const message> header;
     std::vector<message> records;
     std::vector<TrailingData> trailing;
 };

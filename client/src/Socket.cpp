@@ -17,7 +17,8 @@ namespace client {
 namespace detail {
 
 int millisecondsUntil(Clock::time_point deadline) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    // Rounded up: a poll that returns early would be taken for a time-out.
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     if (left <= 0) return 0;
     return left > 1000000 ? 1000000 : static_cast<int>(left);
 }
@@ -95,7 +96,8 @@ IoStatus readExact(int fd, void* data, std::size_t length, std::optional<Clock::
             continue;
         }
         if (got == 0) return IoStatus::Closed;
-        if (errno == EINTR) continue;
+        // EAGAIN: a receive time-out that a StreamReader set on the socket.
+        if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK) continue;
         return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
     }
     return IoStatus::Ok;

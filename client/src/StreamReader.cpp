@@ -1,7 +1,7 @@
 #include "StreamReader.h"
 
-#include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +10,14 @@
 namespace tessarine {
 namespace client {
 namespace detail {
+
+namespace {
+
+// How far the socket's receive time-out may be from the time left before it
+// is set again: calls with the same time limit never set it.
+constexpr auto TIMEOUT_SLACK = std::chrono::milliseconds(1);
+
+}  // namespace
 
 IoStatus StreamReader::read(void* data, std::size_t length, std::optional<Clock::time_point> deadline) {
     auto* out = static_cast<unsigned char*>(data);
@@ -22,24 +30,43 @@ IoStatus StreamReader::read(void* data, std::size_t length, std::optional<Clock:
         if (length == 0) return IoStatus::Ok;
         // A piece as large as the buffer goes straight to its place.
         if (length >= buffer_.size()) return readExact(fd_, out, length, deadline);
+        const IoStatus filled = fill(deadline);
+        if (filled != IoStatus::Ok) return filled;
+    }
+}
+
+IoStatus StreamReader::fill(std::optional<Clock::time_point> deadline) {
+    while (begin_ == end_) {
+        // A deadline is kept by the socket's receive time-out, so that the
+        // wait is the recv itself (a poll first costs a system call and a
+        // second wake-up path per answer).
+        int flags = 0;
         if (deadline) {
-            pollfd p{fd_, POLLIN, 0};
-            const int ready = ::poll(&p, 1, millisecondsUntil(*deadline));
-            if (ready == 0) return IoStatus::TimedOut;
-            if (ready < 0) {
-                if (errno == EINTR) continue;
-                return IoStatus::Failed;
+            const auto left = std::chrono::ceil<std::chrono::microseconds>(*deadline - Clock::now());
+            if (left.count() <= 0) {
+                flags = MSG_DONTWAIT;
+            } else if (timeout_.count() == 0 || left > timeout_ + TIMEOUT_SLACK || left < timeout_ - TIMEOUT_SLACK) {
+                const timeval limit{static_cast<time_t>(left.count() / 1000000),
+                                    static_cast<suseconds_t>(left.count() % 1000000)};
+                ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+                timeout_ = left;
             }
         }
-        const ssize_t got = ::recv(fd_, buffer_.data(), buffer_.size(), 0);
+        const ssize_t got = ::recv(fd_, buffer_.data(), buffer_.size(), flags);
         if (got == 0) return IoStatus::Closed;
         if (got < 0) {
             if (errno == EINTR) continue;
+            // The time-out; without a deadline, one that a call left is waited out.
+            if (errno == EAGAIN || errno == EWOULDBLOCK) {
+                if (deadline && Clock::now() >= *deadline) return IoStatus::TimedOut;
+                continue;
+            }
             return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
         }
         begin_ = 0;
         end_ = static_cast<std::size_t>(got);
     }
+    return IoStatus::Ok;
 }
 
 }  // namespace detail

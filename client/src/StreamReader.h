@@ -19,10 +19,17 @@ public:
 
     // Exactly `length` bytes, as readExact (Closed, Failed, TimedOut alike).
     IoStatus read(void* data, std::size_t length, std::optional<Clock::time_point> deadline = std::nullopt);
+    // Bytes in the buffer, read when it is empty, waiting for them until
+    // `deadline` (none: for as long as it takes; a deadline past: only
+    // looks). Closed, Failed or TimedOut when none came.
+    IoStatus fill(std::optional<Clock::time_point> deadline);
+    // Bytes read from the socket and not yet taken.
+    std::size_t buffered() const { return end_ - begin_; }
     // Forgets buffered bytes (a new connection on `fd`).
     void reset(int fd) {
         fd_ = fd;
         begin_ = end_ = 0;
+        timeout_ = {};
     }
 
 private:
@@ -30,6 +37,7 @@ private:
     std::vector<unsigned char> buffer_;
     std::size_t begin_ = 0;  // unread bytes are buffer_[begin_, end_)
     std::size_t end_ = 0;
+    std::chrono::microseconds timeout_{};  // the socket's receive time-out (0: none)
 };
 
 }  // namespace detail

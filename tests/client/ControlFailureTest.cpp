@@ -71,6 +71,27 @@ TEST_F(ControlFailureTest, ASilentBridgeTimesOutAndTheNextCallStartsAfresh) {
     server.join();
 }
 
+TEST_F(ControlFailureTest, ARecordCutOffBetweenCallsCannotHoldACallPastItsLimit) {
+    FakeBridge bridge(dir.file("ipc.socket"));
+    ControlClient client(options());
+    std::thread server([&] {
+        ASSERT_TRUE(bridge.accept());
+        const message event = makeRecord(MSG_MEDIA, 16);
+        bridge.sendRaw(event.bytes(), 100);  // the rest never comes
+        bridge.receive();                    // until the client gives up
+        ASSERT_TRUE(bridge.accept());
+        answerCurrentService(bridge, 12);
+    });
+    ASSERT_TRUE(client.connect());
+    std::this_thread::sleep_for(50ms);  // the event thread has begun the record
+    auto cut = client.currentService(300ms);
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().code(), ErrorCode::TimedOut);
+    auto again = client.currentService();
+    ASSERT_TRUE(again) << again.error().message();
+    server.join();
+}
+
 message header(std::int32_t count) { return makeRecord(MSG_LIST_HEADER, count); }
 
 struct MalformedAnswer {

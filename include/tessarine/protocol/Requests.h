@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include "tessarine/protocol/Codes.h"
 #include "tessarine/protocol/Fields.h"
@@ -222,12 +225,31 @@ inline constexpr Request REQUESTS[] = {
 
 #undef TESSARINE_CODE
 
+// Where each type's rows lie: both ends look a request up on every call, so
+// a lookup scans only the rows of its type.
+struct TypeRows {
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+constexpr std::array<TypeRows, MSG_VERSION + 1> rowsByType() {
+    std::array<TypeRows, MSG_VERSION + 1> rows{};
+    for (std::size_t i = std::size(REQUESTS); i-- > 0;) {
+        TypeRows& type = rows[static_cast<std::size_t>(REQUESTS[i].type)];
+        type.first = i;
+        ++type.count;
+    }
+    return rows;
+}
+inline constexpr std::array<TypeRows, MSG_VERSION + 1> ROWS_BY_TYPE = rowsByType();
+
 // The request (type, code), or null when the bridge has none of that type
 // and code: the row of the code itself, else the type's ANY_CODE row.
 constexpr const Request* findRequest(std::int32_t type, std::int32_t code) {
+    if (type < 0 || type > MSG_VERSION) return nullptr;
+    const TypeRows rows = ROWS_BY_TYPE[static_cast<std::size_t>(type)];
     const Request* any = nullptr;
-    for (const Request& request : REQUESTS) {
-        if (request.type != type) continue;
+    for (std::size_t i = rows.first; i < rows.first + rows.count; ++i) {
+        const Request& request = REQUESTS[i];
         if (request.code == code) return &request;
         if (request.code == ANY_CODE) any = &request;
     }
@@ -253,7 +275,16 @@ constexpr bool requestsAreConsistent() {
     }
     return true;
 }
+// The rows of one type lie together, as the lookup by type assumes.
+constexpr bool typesAreContiguous() {
+    for (std::size_t i = 0; i < std::size(REQUESTS); ++i) {
+        const TypeRows rows = ROWS_BY_TYPE[static_cast<std::size_t>(REQUESTS[i].type)];
+        if (i < rows.first || i >= rows.first + rows.count) return false;
+    }
+    return true;
+}
 static_assert(requestsAreConsistent(), "the request table agrees with itself");
+static_assert(typesAreContiguous(), "the rows of each type lie together");
 }  // namespace check
 
 }  // namespace protocol
