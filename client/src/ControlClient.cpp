@@ -31,6 +31,9 @@ Result<void> ControlClient::Impl::connect(Timeout timeout) {
 }
 
 void ControlClient::Impl::disconnect() {
+    // Callbacks already under way finish first, so that an application-state
+    // answer goes out; before the gate, as a callback may call the client.
+    dispatcher_->drain(deadlineOf({}));
     detail::CallGate::Pass pass(calls_, Clock::time_point::max());
     dropConnection();
 }

@@ -29,15 +29,24 @@ void EventDispatcher::post(std::function<void()> work) {
     state_->wake.notify_one();
 }
 
+bool EventDispatcher::drain(std::chrono::steady_clock::time_point deadline) {
+    if (onDispatcherThread()) return false;
+    std::unique_lock<std::mutex> lock(state_->mutex);
+    return state_->idle.wait_until(lock, deadline, [&] { return state_->queue.empty() && !state_->running; });
+}
+
 void EventDispatcher::run(std::shared_ptr<State> state) {
     for (;;) {
         std::function<void()> work;
         {
             std::unique_lock<std::mutex> lock(state->mutex);
+            state->running = false;
+            if (state->queue.empty()) state->idle.notify_all();
             state->wake.wait(lock, [&] { return state->stopping || !state->queue.empty(); });
             if (state->stopping) return;
             work = std::move(state->queue.front());
             state->queue.pop_front();
+            state->running = true;
         }
         work();
     }

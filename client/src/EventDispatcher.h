@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -25,6 +26,9 @@ public:
     EventDispatcher& operator=(const EventDispatcher&) = delete;
 
     void post(std::function<void()> work);
+    // Waits until nothing is queued or running, or `deadline` passes; false
+    // then. From the dispatcher thread it returns at once (false).
+    bool drain(std::chrono::steady_clock::time_point deadline);
     bool onDispatcherThread() const { return std::this_thread::get_id() == thread_.get_id(); }
 
 private:
@@ -33,7 +37,9 @@ private:
     struct State {
         std::mutex mutex;
         std::condition_variable wake;
+        std::condition_variable idle;
         std::deque<std::function<void()>> queue;
+        bool running = false;  // a piece of work is running
         bool stopping = false;
     };
     static void run(std::shared_ptr<State> state);

@@ -260,5 +260,24 @@ TEST_F(ControlFramingTest, AppStateRequestsAreAnsweredByTheCallbackOrWithZero) {
     EXPECT_EQ(**nested, 31);
 }
 
+// A disconnect while the callback decides still sends its answer.
+TEST_F(ControlFramingTest, DisconnectLetsAnApplicationStateAnswerGoOut) {
+    std::promise<void> asked;
+    client.onAppStateRequest([&](std::int32_t) {
+        asked.set_value();
+        std::this_thread::sleep_for(100ms);
+        return std::uint8_t{5};
+    });
+    serve([](FakeBridge& b) {
+        b.send(makeRecord(MSG_APP_STATE, 2));
+        auto answer = b.receive();
+        ASSERT_TRUE(answer) << "the answer was lost";
+        EXPECT_EQ(answer->get<std::uint8_t>(12), 5);
+    });
+    ASSERT_TRUE(client.connect());
+    asked.get_future().wait();
+    client.disconnect();
+}
+
 }  // namespace
 }  // namespace tessarine

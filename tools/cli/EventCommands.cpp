@@ -63,8 +63,7 @@ void addEventCommands(CLI::App& app, Context& c) {
             printer->waitFor(count, reported ? 500 : 20, interrupted);
         }
         // An application-state request is counted when printed, before the
-        // handler returns its answer; let the client send that answer.
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        // handler returns its answer: disconnect() lets that answer go out.
         client.disconnect();
     });
 }

@@ -58,6 +58,9 @@ public:
 
     // Connects now (calls connect on their own when needed).
     Result<void> connect(Timeout timeout = {});
+    // Closes the connection once the events already received have reached
+    // their callbacks and any application-state answer has been sent
+    // (waiting at most the time limit; from a callback, at once).
     void disconnect();
     bool connected() const;
 
