@@ -234,17 +234,21 @@ std::optional<Error> Connection::readArrived() {
 }
 
 std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
-    switch (input_.read(record.bytes(), MESSAGE_SIZE, deadline_)) {
+    const char* const middle = "the connection ended in the middle of an answer";
+    return readPiece(record.bytes(), MESSAGE_SIZE, insideAnswer ? middle : "the bridge closed the connection",
+                     insideAnswer ? middle : "the connection failed");
+}
+
+std::optional<Error> Connection::readPiece(void* data, std::size_t length, const char* closed, const char* failed) {
+    switch (input_.read(data, length, deadline_)) {
     case IoStatus::Ok:
         return std::nullopt;
     case IoStatus::TimedOut:
         return Error(ErrorCode::TimedOut, "the answer stopped");
     case IoStatus::Closed:
-        if (!insideAnswer) return Error(ErrorCode::ConnectionLost, "the bridge closed the connection");
-        [[fallthrough]];
+        return Error(ErrorCode::ConnectionLost, closed);
     default:
-        return Error(ErrorCode::ConnectionLost,
-                     insideAnswer ? "the connection ended in the middle of an answer" : "the connection failed");
+        return Error(ErrorCode::ConnectionLost, failed);
     }
 }
 
@@ -263,14 +267,8 @@ std::optional<Error> Connection::readBytes(std::size_t count, Bytes& into) {
 }
 
 std::optional<Error> Connection::readTrailingPiece(void* data, std::size_t length) {
-    switch (input_.read(data, length, deadline_)) {
-    case IoStatus::Ok:
-        return std::nullopt;
-    case IoStatus::TimedOut:
-        return Error(ErrorCode::TimedOut, "the answer stopped");
-    default:
-        return Error(ErrorCode::ConnectionLost, "the connection ended in the middle of trailing data");
-    }
+    const char* const middle = "the connection ended in the middle of trailing data";
+    return readPiece(data, length, middle, middle);
 }
 
 Connection::TrailingCounts Connection::countOffsets(const Expectation& expected) {

@@ -110,6 +110,8 @@ private:
     std::optional<Error> readBytes(std::size_t count, Bytes& into);
     std::optional<Error> readTrailingPiece(void* data, std::size_t length);
     std::optional<Error> readRecord(message& record, bool insideAnswer);
+    // Exactly `length` bytes; the texts say what a closed or failed stream means here.
+    std::optional<Error> readPiece(void* data, std::size_t length, const char* closed, const char* failed);
     void handleDsmcc(const message& record);
     void startDsmcc(std::int32_t count);
 

@@ -60,8 +60,11 @@ void EventPrinter::print(const std::string& event, Json fields) {
         std::cout << line.dump() << std::endl;
     } else {
         // Fields start in one column: after the longest kind and two spaces.
-        std::size_t kindWidth = 0;
-        for (const char* const* kind = KINDS; *kind; ++kind) kindWidth = std::max(kindWidth, std::strlen(*kind));
+        static const std::size_t kindWidth = [] {
+            std::size_t widest = 0;
+            for (const char* const* kind = KINDS; *kind; ++kind) widest = std::max(widest, std::strlen(*kind));
+            return widest;
+        }();
         std::string text = (timestamps_ ? now() + "  " : std::string()) + event;
         text.resize(text.size() - event.size() + std::max(kindWidth, event.size()) + 2, ' ');
         for (const auto& item : fields.items()) {
