@@ -17,8 +17,10 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 
+#include "sim/broadcast/RepeatGate.h"
 #include "tessarine/protocol/Limits.h"
 
 namespace tessarine::broadcast {
@@ -30,6 +32,7 @@ constexpr uint16_t kNitPid = 0x10;
 constexpr uint16_t kSdtPid = 0x11;
 constexpr uint16_t kEitPid = 0x12;
 constexpr uint16_t kNullPid = 0x1FFF;
+constexpr size_t PID_COUNT = 0x2000;
 constexpr int kMaxSection = static_cast<int>(tessarine::MAX_SECTION_LENGTH);
 
 DescriptorLoop loopOf(const dvbpsi_descriptor_t* d) {
@@ -123,9 +126,12 @@ struct TsInput::Decoders {
     dvbpsi_t* sdt = nullptr;
     dvbpsi_t* eit = nullptr;
     std::vector<std::unique_ptr<Pmt>> pmts;
+    std::bitset<PID_COUNT> tablePids;  // the PIDs above and the PMTs'
+    RepeatGate gate;
     size_t subtables = 0;
 
     Decoders(TsInput& in, SiModel& m) : input(in), model(m) {
+        for (uint16_t pid : {kPatPid, kNitPid, kSdtPid, kEitPid}) tablePids.set(pid);
         pat = newHandle(&input);
         if (pat && !dvbpsi_pat_attach(pat, &onPat, this)) dvbpsi_delete(pat), pat = nullptr;
         nit = demuxHandle();
@@ -151,15 +157,33 @@ struct TsInput::Decoders {
         dvbpsi_delete(pmt.handle);
     }
 
-    void push(uint16_t pid, uint8_t* packet) {
-        dvbpsi_t* h = pid == kPatPid ? pat : pid == kNitPid ? nit : pid == kSdtPid ? sdt : pid == kEitPid ? eit : nullptr;
-        if (h) dvbpsi_packet_push(h, packet);
+    // Whether any decoder takes this PID: most packets (audio, video,
+    // stuffing) go to none and are neither copied nor pushed.
+    bool wants(uint16_t pid) const { return tablePids.test(pid); }
+
+    dvbpsi_t* tableHandle(uint16_t pid) const {
+        return pid == kPatPid ? pat : pid == kNitPid ? nit : pid == kSdtPid ? sdt : pid == kEitPid ? eit : nullptr;
+    }
+
+    static bool holdsPart(const dvbpsi_t* h) { return h && h->p_decoder && h->p_decoder->p_current_section; }
+
+    // Whether no decoder of the PID is in the middle of a section.
+    bool idle(uint16_t pid) const {
+        if (holdsPart(tableHandle(pid))) return false;
+        return std::none_of(pmts.begin(), pmts.end(), [&](auto& p) { return p->pid == pid && holdsPart(p->handle); });
+    }
+
+    void push(uint16_t pid, const uint8_t* packet) {
+        uint8_t admitted[TS_SIZE];  // libdvbpsi takes a mutable packet
+        if (!gate.admit(pid, packet, idle(pid), admitted)) return;
+        if (dvbpsi_t* h = tableHandle(pid)) dvbpsi_packet_push(h, admitted);
         for (size_t i = 0; i < pmts.size(); ++i)  // a PMT callback never changes the list
-            if (pmts[i]->pid == pid) dvbpsi_packet_push(pmts[i]->handle, packet);
+            if (pmts[i]->pid == pid) dvbpsi_packet_push(pmts[i]->handle, admitted);
     }
 
     static void onPat(void* data, dvbpsi_pat_t* table) {
         auto* self = static_cast<Decoders*>(data);
+        self->gate.decoded(kPatPid, 0x00, table->i_ts_id, table->i_version, table->b_current_next);
         if (table->b_current_next) {
             std::vector<std::pair<uint16_t, uint16_t>> programs;
             for (dvbpsi_pat_program_t* p = table->p_first_program; p; p = p->p_next)
@@ -195,12 +219,17 @@ struct TsInput::Decoders {
                 dvbpsi_delete(pmt->handle);
                 continue;
             }
+            gate.forget(pid);  // the new decoder needs the PMT sections already seen
             pmts.push_back(std::move(pmt));
         }
+        tablePids.reset();
+        for (uint16_t pid : {kPatPid, kNitPid, kSdtPid, kEitPid}) tablePids.set(pid);
+        for (const auto& pmt : pmts) tablePids.set(pmt->pid);
     }
 
     static void onPmt(void* data, dvbpsi_pmt_t* table) {
         auto* pmt = static_cast<Pmt*>(data);
+        pmt->owner->gate.decoded(pmt->pid, 0x02, table->i_program_number, table->i_version, table->b_current_next);
         if (table->b_current_next) {
             PmtTable t;
             t.program = table->i_program_number;
@@ -219,7 +248,11 @@ struct TsInput::Decoders {
         auto* self = static_cast<Decoders*>(data);
         const bool wanted = (handle == self->nit && tableId == 0x40) || (handle == self->sdt && tableId == 0x42) ||
                             (handle == self->eit && (tableId == 0x4E || (tableId >= 0x50 && tableId <= 0x5F)));
-        if (!wanted) return;  // other networks and transport streams are not ours
+        const uint16_t pid = handle == self->nit ? kNitPid : handle == self->sdt ? kSdtPid : kEitPid;
+        if (!wanted) {  // other networks and transport streams are not ours
+            self->gate.ignored(pid, tableId, extension);
+            return;
+        }
         if (self->subtables >= MAX_SUBTABLES) {
             self->input.warn(&InputCounters::tablesRefused, "too many sub-tables");
             return;
@@ -232,6 +265,7 @@ struct TsInput::Decoders {
 
     static void onSdt(void* data, dvbpsi_sdt_t* table) {
         auto* self = static_cast<Decoders*>(data);
+        self->gate.decoded(kSdtPid, 0x42, table->i_extension, table->i_version, table->b_current_next);
         if (table->b_current_next) {
             SdtTable t;
             t.tsid = table->i_extension;
@@ -246,6 +280,7 @@ struct TsInput::Decoders {
 
     static void onNit(void* data, dvbpsi_nit_t* table) {
         auto* self = static_cast<Decoders*>(data);
+        self->gate.decoded(kNitPid, 0x40, table->i_extension, table->i_version, table->b_current_next);
         if (table->b_current_next) {
             NitTable t;
             t.networkId = table->i_extension;  // network_id travels as the table id extension
@@ -260,6 +295,7 @@ struct TsInput::Decoders {
 
     static void onEit(void* data, dvbpsi_eit_t* table) {
         auto* self = static_cast<Decoders*>(data);
+        self->gate.decoded(kEitPid, table->i_table_id, table->i_extension, table->i_version, table->b_current_next);
         if (table->b_current_next) {
             EitTable t;
             t.service = table->i_extension;
@@ -294,12 +330,10 @@ void TsInput::feed(const uint8_t* data, size_t length) {
     size_t at = 0;
     while (at < length) {
         // In sync with nothing carried over: whole packets are taken where
-        // they lie, each copied once (the decoders take a mutable packet).
+        // they lie.
         if (synced_ && pending_.empty()) {
-            uint8_t packet[TS_SIZE];
             while (length - at >= TS_SIZE && ts_validate(data + at)) {
-                std::memcpy(packet, data + at, TS_SIZE);
-                handlePacket(packet, consumed_);
+                handlePacket(data + at, consumed_);
                 consumed_ += TS_SIZE;
                 at += TS_SIZE;
                 ++packets;
@@ -340,7 +374,7 @@ void TsInput::feed(const uint8_t* data, size_t length) {
     counters_.packets += packets;
 }
 
-void TsInput::handlePacket(uint8_t* packet, uint64_t offset) {
+void TsInput::handlePacket(const uint8_t* packet, uint64_t offset) {
     if (ts_get_transporterror(packet)) {
         warn(&InputCounters::transportErrors, "packet with the transport error indicator dropped");
         return;
@@ -358,11 +392,14 @@ void TsInput::handlePacket(uint8_t* packet, uint64_t offset) {
         pcrHandler_(pid, tsaf_get_pcr(packet) * 300 + tsaf_get_pcrext(packet), offset);
     if (!ts_has_payload(packet)) return;
     if (ts_get_scrambling(packet)) model_.markScrambled(pid);
-    decoders_->push(pid, packet);
+    if (decoders_->wants(pid)) decoders_->push(pid, packet);
+    if (!routed_[pid].load(std::memory_order_relaxed)) return;
+    uint8_t copy[TS_SIZE];  // libdvbpsi takes a mutable packet
+    std::memcpy(copy, packet, TS_SIZE);
     std::lock_guard<std::mutex> lock(routeMutex_);
     auto it = raw_.find(pid);
     if (it != raw_.end() && it->second->handle && it->second->handle->p_decoder)
-        dvbpsi_packet_push(it->second->handle, packet);
+        dvbpsi_packet_push(it->second->handle, copy);
 }
 
 void TsInput::restart() {
@@ -383,6 +420,7 @@ void TsInput::subscribe(uint16_t pid, SectionSink* sink) {
     auto& raw = raw_[pid];
     if (!raw) raw = std::make_unique<RawPid>(this, pid);
     raw->sinks.push_back(sink);
+    routed_[pid].store(true, std::memory_order_relaxed);
 }
 
 void TsInput::unsubscribe(SectionSink* sink) {
@@ -390,6 +428,7 @@ void TsInput::unsubscribe(SectionSink* sink) {
     for (auto it = raw_.begin(); it != raw_.end();) {
         auto& sinks = it->second->sinks;
         sinks.erase(std::remove(sinks.begin(), sinks.end(), sink), sinks.end());
+        if (sinks.empty()) routed_[it->first].store(false, std::memory_order_relaxed);
         it = sinks.empty() ? raw_.erase(it) : std::next(it);
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -86,7 +87,7 @@ public:
     void deliverSection(uint16_t pid, const uint8_t* section, size_t length);
 
 private:
-    void handlePacket(uint8_t* packet, uint64_t offset);
+    void handlePacket(const uint8_t* packet, uint64_t offset);
 
     SiModel& model_;
     std::unique_ptr<Decoders> decoders_;
@@ -99,6 +100,9 @@ private:
     struct RawPid;
     mutable std::mutex routeMutex_;  // guards raw_ and delivery to sinks
     std::map<uint16_t, std::unique_ptr<RawPid>> raw_;
+    // Which PIDs have sinks, read without the lock for every packet: a
+    // subscription takes effect from about the packet after it.
+    std::array<std::atomic<bool>, 0x2000> routed_{};
 
     mutable std::mutex countersMutex_;
     InputCounters counters_;
