@@ -37,6 +37,12 @@ public:
 protected:
     // Called after each piece is appended; its result is add()'s.
     virtual bool appended() { return true; }
+    // Exchanges contents and buffers with `other`, so a batch can lend its
+    // grown buffers to the next one instead of growing new ones.
+    void swapStorage(SendBatch& other) {
+        bytes_.swap(other.bytes_);
+        pieces_.swap(other.pieces_);
+    }
 
 private:
     friend class IpcServer;
