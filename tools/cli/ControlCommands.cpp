@@ -17,7 +17,6 @@ using namespace tessarine::client;
 
 namespace {
 
-Json rectangle(const Rectangle& r) { return Json{{"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}}; }
 
 template <typename T>
 Json optional(const std::optional<T>& value) {
@@ -64,7 +63,7 @@ void addVideo(CLI::App& app, Context& c) {
     addRectangle(b, bounds, false);
     b->callback([&c, b] {
         if (!wholeRectangle(b)) return c.usage("bounds take x y width height, or nothing to read them");
-        if (b->count("height") == 0) return c.emit(c.control().videoBounds(), rectangle);
+        if (b->count("height") == 0) return c.emit(c.control().videoBounds(), rectangleJson);
         c.emit(c.control().setVideoBounds(bounds));
     });
     video->add_subcommand("reset", "reset the main video")->callback([&c] { c.emit(c.control().resetVideo()); });
@@ -227,7 +226,7 @@ void addMedia(CLI::App& app, Context& c) {
     addRectangle(b, bounds, false);
     b->callback([&c, b] {
         if (!wholeRectangle(b)) return c.usage("bounds take H x y width height, or H alone to read them");
-        if (b->count("height") == 0) return c.emit(c.control().mediaBounds(handle), rectangle);
+        if (b->count("height") == 0) return c.emit(c.control().mediaBounds(handle), rectangleJson);
         c.emit(c.control().setMediaBounds(handle, bounds), optional<std::int32_t>);
     });
     static bool state = false;

@@ -11,7 +11,6 @@ using namespace tessarine::client;
 
 namespace {
 
-Json rectangle(const Rectangle& r) { return Json{{"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}}; }
 
 // Local wall-clock time with milliseconds, as people read logs.
 std::string now() {
@@ -38,7 +37,7 @@ void EventPrinter::subscribe(ControlClient& client, const std::shared_ptr<EventP
         printer->print("download-complete", Json{{"first", d.first}, {"second", d.second}});
     });
     client.onGraphicsSettings([printer](const GraphicsSettings& g) {
-        printer->print("graphics-settings", Json{{"first", rectangle(g.first)}, {"second", rectangle(g.second)}});
+        printer->print("graphics-settings", Json{{"first", rectangleJson(g.first)}, {"second", rectangleJson(g.second)}});
     });
     client.onEndOfMedia([printer](const EndOfMedia& e) { printer->print("end-of-media", Json{{"handle", e.handle}}); });
     client.onDsmccCommand([printer](const DsmccCommand& d) {

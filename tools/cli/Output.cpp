@@ -47,6 +47,10 @@ bool isBinaryKey(const std::string& key) {
            key == "bytes2";
 }
 
+Json rectangleJson(const tessarine::client::Rectangle& r) {
+    return Json{{"x", r.x}, {"y", r.y}, {"width", r.width}, {"height", r.height}};
+}
+
 std::string toHex(const std::vector<std::uint8_t>& bytes) {
     static const char digits[] = "0123456789abcdef";
     std::string out;

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tessarine/client/Error.h"
+#include "tessarine/client/Rectangle.h"
 
 namespace cli {
 
@@ -37,6 +38,9 @@ std::string toHex(const std::vector<std::uint8_t>& bytes);
 bool parseHex(const std::string& text, std::vector<std::uint8_t>& bytes);
 // Classic 16-bytes-a-line dump with offsets and printable characters.
 std::string hexDump(const std::vector<std::uint8_t>& bytes, const std::string& indent = "  ");
+
+// A rectangle as the answers and the events show it.
+Json rectangleJson(const tessarine::client::Rectangle& r);
 
 // Prints one answer: the JSON document as one line, or for people: a scalar
 // as is, an object as aligned "key  value" lines, an array of objects as an
