@@ -9,7 +9,6 @@ namespace tessarine::broadcast {
 
 namespace {
 
-constexpr size_t PID_COUNT = 0x2000;
 constexpr uint8_t ANY_VERSION = 0xFF;  // beyond any version << 1 | current_next
 
 uint64_t keyOf(uint16_t pid, uint8_t tableId, uint16_t extension) {

@@ -7,6 +7,9 @@
 
 namespace tessarine::broadcast {
 
+// PIDs are 13 bits.
+constexpr size_t PID_COUNT = 0x2000;
+
 // Stands before the table decoders and keeps from them the sections of
 // table versions they have already decoded whole. A multiplex repeats every
 // table several times a second; a decoder drops such a repeat, but only

@@ -20,7 +20,6 @@ extern "C" {
 #include <bitset>
 #include <cstring>
 
-#include "sim/broadcast/RepeatGate.h"
 #include "tessarine/protocol/Limits.h"
 
 namespace tessarine::broadcast {
@@ -32,7 +31,6 @@ constexpr uint16_t kNitPid = 0x10;
 constexpr uint16_t kSdtPid = 0x11;
 constexpr uint16_t kEitPid = 0x12;
 constexpr uint16_t kNullPid = 0x1FFF;
-constexpr size_t PID_COUNT = 0x2000;
 constexpr int kMaxSection = static_cast<int>(tessarine::MAX_SECTION_LENGTH);
 
 DescriptorLoop loopOf(const dvbpsi_descriptor_t* d) {
@@ -131,7 +129,7 @@ struct TsInput::Decoders {
     size_t subtables = 0;
 
     Decoders(TsInput& in, SiModel& m) : input(in), model(m) {
-        for (uint16_t pid : {kPatPid, kNitPid, kSdtPid, kEitPid}) tablePids.set(pid);
+        markTablePids();
         pat = newHandle(&input);
         if (pat && !dvbpsi_pat_attach(pat, &onPat, this)) dvbpsi_delete(pat), pat = nullptr;
         nit = demuxHandle();
@@ -222,6 +220,10 @@ struct TsInput::Decoders {
             gate.forget(pid);  // the new decoder needs the PMT sections already seen
             pmts.push_back(std::move(pmt));
         }
+        markTablePids();
+    }
+
+    void markTablePids() {
         tablePids.reset();
         for (uint16_t pid : {kPatPid, kNitPid, kSdtPid, kEitPid}) tablePids.set(pid);
         for (const auto& pmt : pmts) tablePids.set(pmt->pid);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "sim/broadcast/RepeatGate.h"
 #include "sim/broadcast/SiModel.h"
 
 struct dvbpsi_s;
@@ -102,7 +103,7 @@ private:
     std::map<uint16_t, std::unique_ptr<RawPid>> raw_;
     // Which PIDs have sinks, read without the lock for every packet: a
     // subscription takes effect from about the packet after it.
-    std::array<std::atomic<bool>, 0x2000> routed_{};
+    std::array<std::atomic<bool>, PID_COUNT> routed_{};
 
     mutable std::mutex countersMutex_;
     InputCounters counters_;

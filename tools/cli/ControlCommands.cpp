@@ -17,7 +17,6 @@ using namespace tessarine::client;
 
 namespace {
 
-
 template <typename T>
 Json optional(const std::optional<T>& value) {
     return value ? Json(*value) : Json(nullptr);

@@ -11,7 +11,6 @@ using namespace tessarine::client;
 
 namespace {
 
-
 // Local wall-clock time with milliseconds, as people read logs.
 std::string now() {
     const auto time = std::chrono::system_clock::now();
