@@ -1,6 +1,8 @@
 #include "binding/RecordConverter.h"
 
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "tessarine/TextField.h"
 
@@ -14,6 +16,10 @@ std::vector<Element> copyAll(const Source& source) {
     return std::vector<Element>(source.begin(), source.end());
 }
 
+std::vector<std::string> moveAll(std::list<std::string>& source) {
+    return std::vector<std::string>(std::make_move_iterator(source.begin()), std::make_move_iterator(source.end()));
+}
+
 }  // namespace
 
 system_property toWire(const middlewarefacade::Property_& property) {
@@ -24,7 +30,7 @@ system_property toWire(const middlewarefacade::Property_& property) {
     return wire;
 }
 
-program_event toWire(const middlewarefacade::ProgramEvent_& event) {
+program_event toWire(middlewarefacade::ProgramEvent_ event) {
     program_event wire;
     wire.value0 = event.value0;
     wire.value1 = event.value1;
@@ -33,27 +39,27 @@ program_event toWire(const middlewarefacade::ProgramEvent_& event) {
     wire.value4 = event.value4;
     wire.value5 = event.value5;
     wire.value6 = event.value6;
-    wire.text0 = cutText(event.text0);
-    wire.text1 = cutText(event.text1);
-    wire.text2 = cutText(event.text2);
+    wire.text0 = cutText(std::move(event.text0));
+    wire.text1 = cutText(std::move(event.text1));
+    wire.text2 = cutText(std::move(event.text2));
     wire.bytes0 = copyAll<unsigned char>(event.bytes0);
     wire.bytes1 = copyAll<unsigned char>(event.bytes1);
     wire.bytes2 = copyAll<unsigned char>(event.bytes2);
     // Strings in the lists travel as trailing data: whole, never cut.
-    wire.strings0 = copyAll<std::string>(event.strings0);
-    wire.strings1 = copyAll<std::string>(event.strings1);
-    wire.strings2 = copyAll<std::string>(event.strings2);
+    wire.strings0 = moveAll(event.strings0);
+    wire.strings1 = moveAll(event.strings1);
+    wire.strings2 = moveAll(event.strings2);
     return wire;
 }
 
-service toWire(const middlewarefacade::Service_& source) {
+service toWire(middlewarefacade::Service_ source) {
     service wire;
     wire.value0 = source.value0;
     wire.value1 = source.value1;
     wire.value2 = source.value2;
     wire.value3 = source.value3;
     wire.value4 = source.value4;
-    wire.text0 = cutText(source.text0);  // text1 has no place on the wire
+    wire.text0 = cutText(std::move(source.text0));  // text1 has no place on the wire
     return wire;
 }
 
@@ -84,10 +90,10 @@ descriptor toWire(const middlewarefacade::Descriptors_& source) {
     return wire;
 }
 
-network toWire(const middlewarefacade::Network_& source) {
+network toWire(middlewarefacade::Network_ source) {
     network wire;
     wire.value0 = source.value0;
-    wire.text0 = cutText(source.text0);
+    wire.text0 = cutText(std::move(source.text0));
     return wire;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <utility>
 
 #include "middlewarefacade/Property_.h"
 #include "middlewarefacade/Records.h"
@@ -17,21 +18,23 @@ namespace tessarine {
 namespace binding {
 
 // Facade records to wire records: texts cut to a text field, lists copied
-// whole, values unchanged except where a converter says otherwise.
+// whole, values unchanged except where a converter says otherwise. Records
+// that own strings are taken by value: the adapter hands over the facade's
+// temporaries, whose strings then move instead of being copied.
 system_property toWire(const middlewarefacade::Property_& property);
-program_event toWire(const middlewarefacade::ProgramEvent_& event);
-service toWire(const middlewarefacade::Service_& service);
+program_event toWire(middlewarefacade::ProgramEvent_ event);
+service toWire(middlewarefacade::Service_ service);
 service_component toWire(const middlewarefacade::ServiceComponent_& component);
 pmt toWire(const middlewarefacade::PMT_& table);
 descriptor toWire(const middlewarefacade::Descriptors_& descriptor);
-network toWire(const middlewarefacade::Network_& network);
+network toWire(middlewarefacade::Network_ network);
 transport_stream toWire(const middlewarefacade::TransportStream_& stream);
 
-// Converts each record of a facade list, in order.
+// Converts each record of a facade list, in order, moving what it can.
 template <typename Record>
-auto toWire(const std::list<Record>& records) -> std::list<decltype(toWire(records.front()))> {
-    std::list<decltype(toWire(records.front()))> converted;
-    for (const Record& record : records) converted.push_back(toWire(record));
+auto toWire(std::list<Record> records) -> std::list<decltype(toWire(std::move(records.front())))> {
+    std::list<decltype(toWire(std::move(records.front())))> converted;
+    for (Record& record : records) converted.push_back(toWire(std::move(record)));
     return converted;
 }
 

@@ -13,8 +13,9 @@ namespace tessarine {
 // writes or reads the wire (the bridge, the client library, tools) shares it.
 
 // The first TEXT_FIELD_SIZE - 1 characters of a text, as a field holds them.
-inline std::string cutText(const std::string& text) {
-    return text.substr(0, TEXT_FIELD_SIZE - 1);
+inline std::string cutText(std::string text) {
+    if (text.size() > TEXT_FIELD_SIZE - 1) text.resize(TEXT_FIELD_SIZE - 1);
+    return text;
 }
 
 // Cut to TEXT_FIELD_SIZE - 1 characters, zero the whole field, copy up to an

@@ -93,5 +93,20 @@ TEST_F(HubAttackTest, AttackRandomInputAndConnectionCyclesLeaveTheBridgeServingA
     hub->addIpcDemuxServerListener(nullptr);
 }
 
+#if defined(__GLIBC__) && !defined(TESSARINE_SANITIZED)  // a sanitizer has an allocator of its own
+TEST_F(HubAttackTest, AttackAnAnswerOfManyMebibytesLeavesFewFreedBytesInTheProcess) {
+    lower.descriptors.resize(10000);
+    for (descriptor& item : lower.descriptors) item.data.assign(6000, 0x5a);  // 60 MB copied for the answer
+    hub->addIpcServerListener(&lower);
+    auto client = connect();
+    const std::size_t before = testing::residentBytes();
+    ASSERT_TRUE(client->send(makeRecord(MSG_SI, SI_NETWORK_DESCRIPTORS)));
+    ASSERT_TRUE(client->receiveBytes(10001 * MESSAGE_SIZE + 10000 * 6000, 10000ms));
+    ASSERT_TRUE(client->send(makeRecord(MSG_VERSION, 0)));  // answered after the list was released
+    ASSERT_TRUE(client->receive());
+    EXPECT_LT(testing::residentBytes(), before + (32u << 20));
+}
+#endif
+
 }  // namespace
 }  // namespace tessarine
