@@ -16,8 +16,10 @@ class IpcServer;
 // dropped) nothing more is attempted and add() returns false.
 class AnswerStream final : public SendBatch {
 public:
-    // Big enough that a send moves a socket buffer's worth at once.
-    static constexpr std::size_t FLUSH_SIZE = 256 * 1024;
+    // The size of the client library's read buffer: the client decodes one
+    // piece while the next is encoded (with 256 KiB a 1000-item list took
+    // 10% longer, the client waiting for a quarter of a MiB at a time).
+    static constexpr std::size_t FLUSH_SIZE = 64 * 1024;
 
     explicit AnswerStream(IpcServer& server);
     // Finishes the answer if finish() was not called.
