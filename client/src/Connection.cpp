@@ -357,8 +357,13 @@ std::optional<Error> Connection::handle(const message& record, std::unique_ptr<m
                               expected->code == record.code);
         if (matches) {
             Answer whole;
-            whole.records.push_back(record);
             answerBytes_ = 0;
+            if (expected->onItem && expected->trailing == Trailing::None) {
+                expected->onItem(record);
+                answer = std::move(whole);
+                return std::nullopt;
+            }
+            whole.records.push_back(record);
             if (expected->trailing != Trailing::None) {
                 if (auto fault = readTrailing(*expected, countsOf(countOffsets(*expected), record), whole)) {
                     return fault;

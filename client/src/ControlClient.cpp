@@ -94,9 +94,16 @@ Result<void> ControlClient::Impl::command(const message& record, Timeout timeout
 }
 
 Result<message> ControlClient::Impl::single(const message& record, Timeout timeout) {
-    auto answer = call(record, timeout);
+    // The record is handed over as it is read: the answer allocates nothing.
+    message taken;
+    auto expected = detail::expectationFor(record.type, record.code);
+    if (expected && expected->kind == detail::Expectation::Kind::Single) {
+        expected->onItem = [&taken](const message& item) { taken = item; };
+    }
+    auto answer = call(record, std::move(expected), timeout, false);
     if (!answer) return answer.error();
-    return answer->records.front();
+    if (!answer->records.empty()) return answer->records.front();  // a record with trailing data
+    return taken;
 }
 
 std::optional<Error> ControlClient::Impl::putText(message& record, std::size_t offset, const std::string& text) {

@@ -34,7 +34,8 @@ struct Expectation {
     protocol::Fields fields;  // of the answer record or of each item: where trailing counts lie
     // For a list: takes each item as it arrives, so the caller decodes it at
     // once and the answer keeps no record, only the items' trailing data (on
-    // the calling thread, which reads its own answer).
+    // the calling thread, which reads its own answer). For a single record
+    // without trailing data: takes that record, and the answer keeps none.
     std::function<void(const message& item)> onItem;
 };
 
