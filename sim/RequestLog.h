@@ -5,6 +5,7 @@
 #include <mutex>
 #include <ostream>
 #include <string>
+#include <type_traits>
 
 #include "tessarine/protocol/Codes.h"
 
@@ -26,7 +27,17 @@ public:
     // that only in-process callers reach.
     static constexpr int NO_CODE = -1;
 
-    void request(Family family, int code, const std::string& summary);
+    // `summary` is a text, or a callable that returns one: it is called only
+    // when lines are written, so a quiet log formats nothing per request.
+    template <typename Summary>
+    void request(Family family, int code, const Summary& summary) {
+        if (quiet_) return countRequest(family);
+        if constexpr (std::is_invocable_v<const Summary&>) {
+            requestLine(family, code, summary());
+        } else {
+            requestLine(family, code, summary);
+        }
+    }
     void event(Family family, int code, const std::string& summary);
     // A line that is neither (for example a notice nobody could receive).
     void note(const std::string& text);
@@ -37,6 +48,8 @@ public:
     static const char* name(Family family);
 
 private:
+    void countRequest(Family family);
+    void requestLine(Family family, int code, const std::string& summary);
     void write(const char* kind, Family family, int code, const std::string& summary);
 
     std::ostream& out_;

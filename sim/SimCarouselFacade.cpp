@@ -10,7 +10,9 @@ namespace sim {
 std::string SimCarouselFacade::mount(std::string name) {
     auto carousel = std::find_if(carousels_.begin(), carousels_.end(), [&](const auto& c) { return c.name == name; });
     if (carousel == carousels_.end()) {
-        log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> unknown carousel");
+        log_.request(Family::Carousel, CAROUSEL_MOUNT, [&] {
+            return "mount " + quoted(name) + " -> unknown carousel";
+        });
         return {};
     }
     unsigned generation;
@@ -24,7 +26,9 @@ std::string SimCarouselFacade::mount(std::string name) {
     for (const auto& download : carousel->downloads)
         scheduler_.after(std::chrono::duration<double>(download.after),
                          [this, name, generation, download] { this->download(name, generation, download); }, group);
-    log_.request(Family::Carousel, CAROUSEL_MOUNT, "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer));
+    log_.request(Family::Carousel, CAROUSEL_MOUNT, [&] {
+        return "mount " + quoted(name) + " -> " + quoted(carousel->mountAnswer);
+    });
     return carousel->mountAnswer;
 }
 
@@ -36,7 +40,7 @@ void SimCarouselFacade::umount(std::string name) {
             downloadTasks(name);
         }
     }
-    log_.request(Family::Carousel, CAROUSEL_UMOUNT, "unmount " + quoted(name));
+    log_.request(Family::Carousel, CAROUSEL_UMOUNT, [&] { return "unmount " + quoted(name); });
 }
 
 Scheduler::Group SimCarouselFacade::downloadTasks(const std::string& name) {

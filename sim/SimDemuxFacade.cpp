@@ -42,7 +42,7 @@ void SimDemuxFacade::stop() {
 
 void SimDemuxFacade::set_pid(int pid) {
     const bool usable = pid >= 0 && pid <= MAX_PID;
-    log_.request(Family::Demux, DEMUX_SET_PID, "pid " + std::to_string(pid) + (usable ? "" : IGNORED));
+    log_.request(Family::Demux, DEMUX_SET_PID, [&] { return "pid " + std::to_string(pid) + (usable ? "" : IGNORED); });
     if (!usable) return;
     if (stream_) return stream_->set_pid(pid);
     std::lock_guard<std::mutex> lock(mutex_);
@@ -51,7 +51,9 @@ void SimDemuxFacade::set_pid(int pid) {
 
 void SimDemuxFacade::set_table_id(int tableId) {
     const bool usable = tableId >= 0 && tableId <= MAX_TABLE_ID;
-    log_.request(Family::Demux, DEMUX_SET_TABLE_ID, "table id " + std::to_string(tableId) + (usable ? "" : IGNORED));
+    log_.request(Family::Demux, DEMUX_SET_TABLE_ID, [&] {
+        return "table id " + std::to_string(tableId) + (usable ? "" : IGNORED);
+    });
     if (!usable) return;
     if (stream_) return stream_->set_table_id(tableId);
     std::lock_guard<std::mutex> lock(mutex_);
@@ -60,30 +62,40 @@ void SimDemuxFacade::set_table_id(int tableId) {
 
 void SimDemuxFacade::set_positive_filter(int value, const std::vector<unsigned char>& first,
                                          const std::vector<unsigned char>& second) {
-    log_.request(Family::Demux, DEMUX_SET_POSITIVE_FILTER, "positive " + filterText(value, first, second));
+    log_.request(Family::Demux, DEMUX_SET_POSITIVE_FILTER, [&] {
+        return "positive " + filterText(value, first, second);
+    });
     if (stream_) stream_->set_positive_filter(value, first, second);
 }
 
 void SimDemuxFacade::set_greater_than_filter(int value, const std::vector<unsigned char>& first,
                                              const std::vector<unsigned char>& second) {
-    log_.request(Family::Demux, DEMUX_SET_GREATER_THAN_FILTER, "greater-than " + filterText(value, first, second));
+    log_.request(Family::Demux, DEMUX_SET_GREATER_THAN_FILTER, [&] {
+        return "greater-than " + filterText(value, first, second);
+    });
     if (stream_) stream_->set_greater_than_filter(value, first, second);
 }
 
 void SimDemuxFacade::set_less_than_filter(int value, const std::vector<unsigned char>& first,
                                           const std::vector<unsigned char>& second) {
-    log_.request(Family::Demux, DEMUX_SET_LESS_THAN_FILTER, "less-than " + filterText(value, first, second));
+    log_.request(Family::Demux, DEMUX_SET_LESS_THAN_FILTER, [&] {
+        return "less-than " + filterText(value, first, second);
+    });
     if (stream_) stream_->set_less_than_filter(value, first, second);
 }
 
 void SimDemuxFacade::set_xor_filter(int value, const std::vector<unsigned char>& first,
                                     const std::vector<unsigned char>& second, const std::vector<unsigned char>& third) {
-    log_.request(Family::Demux, DEMUX_SET_XOR_FILTER, "xor " + filterText(value, first, second) + ", " + bytesText(third));
+    log_.request(Family::Demux, DEMUX_SET_XOR_FILTER, [&] {
+        return "xor " + filterText(value, first, second) + ", " + bytesText(third);
+    });
     if (stream_) stream_->set_xor_filter(value, first, second, third);
 }
 
 void SimDemuxFacade::set_time_out(long timeout) {
-    log_.request(Family::Demux, DEMUX_SET_TIME_OUT, "time-out " + std::to_string(timeout) + (timeout > 0 ? "" : IGNORED));
+    log_.request(Family::Demux, DEMUX_SET_TIME_OUT, [&] {
+        return "time-out " + std::to_string(timeout) + (timeout > 0 ? "" : IGNORED);
+    });
     if (stream_ && timeout > 0) stream_->set_time_out(timeout);
 }
 
@@ -131,7 +143,7 @@ std::vector<unsigned char> SimDemuxFacade::read_section() {
         std::lock_guard<std::mutex> lock(mutex_);
         if (started_ && source_) section = source_->next(filter_);
     }
-    log_.request(Family::Demux, DEMUX_READ_SECTION, "read section -> " + bytesText(section));
+    log_.request(Family::Demux, DEMUX_READ_SECTION, [&] { return "read section -> " + bytesText(section); });
     return section;
 }
 

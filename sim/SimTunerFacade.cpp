@@ -6,7 +6,9 @@ namespace tessarine {
 namespace sim {
 
 int SimTunerFacade::getCurrentTransportStreamID() {
-    log_.request(Family::Tuner, TUNER_CURRENT_TS_ID, "transport stream id -> " + std::to_string(settings_.currentTransportStreamId));
+    log_.request(Family::Tuner, TUNER_CURRENT_TS_ID, [&] {
+        return "transport stream id -> " + std::to_string(settings_.currentTransportStreamId);
+    });
     return settings_.currentTransportStreamId;
 }
 
@@ -18,7 +20,9 @@ std::list<int> SimTunerFacade::ids(int kind, int parameter) {
             break;
         }
     }
-    log_.request(Family::Tuner, kind, "ids (" + std::to_string(parameter) + ") -> " + countText(result, "ids"));
+    log_.request(Family::Tuner, kind, [&] {
+        return "ids (" + std::to_string(parameter) + ") -> " + countText(result, "ids");
+    });
     return result;
 }
 
@@ -31,8 +35,9 @@ const TunerSettings::Channel* SimTunerFacade::channel(int first, int second) con
 std::string SimTunerFacade::getChannelName(int first, int second) {
     const auto* found = channel(first, second);
     const std::string name = found != nullptr ? found->name : std::string();
-    log_.request(Family::Tuner, RequestLog::NO_CODE,
-                 "channel name " + std::to_string(first) + "," + std::to_string(second) + " -> " + quoted(name));
+    log_.request(Family::Tuner, RequestLog::NO_CODE, [&] {
+        return "channel name " + std::to_string(first) + "," + std::to_string(second) + " -> " + quoted(name);
+    });
     return name;
 }
 
@@ -40,8 +45,8 @@ int SimTunerFacade::getVirtualChannelNumber(int first, int second) {
     const auto* found = channel(first, second);
     const int number = found != nullptr ? found->number : -1;
     log_.request(Family::Tuner, RequestLog::NO_CODE,
-                 "channel number " + std::to_string(first) + "," + std::to_string(second) + " -> " +
-                     std::to_string(number));
+                 [&] { return "channel number " + std::to_string(first) + "," + std::to_string(second) + " -> " +
+                     std::to_string(number); });
     return number;
 }
 

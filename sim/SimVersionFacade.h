@@ -17,7 +17,9 @@ public:
 
     int checkVersionFlag(int flag) override {
         const int set = std::find(flags_.begin(), flags_.end(), flag) != flags_.end() ? 1 : 0;
-        log_.request(Family::Version, flag, "flag " + std::to_string(flag) + " -> " + std::to_string(set));
+        log_.request(Family::Version, flag, [&] {
+            return "flag " + std::to_string(flag) + " -> " + std::to_string(set);
+        });
         return set;
     }
 

@@ -27,7 +27,7 @@ void SimVideoFacade::setMainVideoBounds(int x, int y, int width, int height) {
         std::lock_guard<std::mutex> lock(mutex_);
         bounds_ = {x, y, width, height};
     }
-    log_.request(Family::Video, VIDEO_SET_BOUNDS, "set bounds " + rectText({x, y, width, height}));
+    log_.request(Family::Video, VIDEO_SET_BOUNDS, [&] { return "set bounds " + rectText({x, y, width, height}); });
 }
 
 void SimVideoFacade::getMainVideoBounds(int& x, int& y, int& width, int& height) {
@@ -40,45 +40,47 @@ void SimVideoFacade::getMainVideoBounds(int& x, int& y, int& width, int& height)
     y = bounds.y;
     width = bounds.width;
     height = bounds.height;
-    log_.request(Family::Video, VIDEO_GET_BOUNDS, "bounds -> " + rectText(bounds));
+    log_.request(Family::Video, VIDEO_GET_BOUNDS, [&] { return "bounds -> " + rectText(bounds); });
 }
 
 std::string SimVideoFacade::getLanguage3() {
-    log_.request(Family::Video, VIDEO_GET_LANGUAGE_3, "language -> " + quoted(settings_.language3));
+    log_.request(Family::Video, VIDEO_GET_LANGUAGE_3, [&] { return "language -> " + quoted(settings_.language3); });
     return settings_.language3;
 }
 
 std::list<std::string> SimVideoFacade::getLanguages() {
-    log_.request(Family::Video, VIDEO_GET_LANGUAGES, "languages -> " + countText(settings_.languages, "languages"));
+    log_.request(Family::Video, VIDEO_GET_LANGUAGES, [&] {
+        return "languages -> " + countText(settings_.languages, "languages");
+    });
     return settings_.languages;
 }
 
 std::string SimVideoFacade::getLanguage5() {
-    log_.request(Family::Video, VIDEO_GET_LANGUAGE_5, "language -> " + quoted(settings_.language5));
+    log_.request(Family::Video, VIDEO_GET_LANGUAGE_5, [&] { return "language -> " + quoted(settings_.language5); });
     return settings_.language5;
 }
 
 void SimVideoFacade::setText6(std::string text) {
-    log_.request(Family::Video, VIDEO_SET_TEXT_6, "text " + quoted(text));
+    log_.request(Family::Video, VIDEO_SET_TEXT_6, [&] { return "text " + quoted(text); });
     std::lock_guard<std::mutex> lock(mutex_);
     text6_ = std::move(text);
 }
 
 void SimVideoFacade::setFlag7(bool flag) {
-    log_.request(Family::Video, VIDEO_SET_FLAG_7, std::string("flag ") + (flag ? "on" : "off"));
+    log_.request(Family::Video, VIDEO_SET_FLAG_7, [&] { return std::string("flag ") + (flag ? "on" : "off"); });
     std::lock_guard<std::mutex> lock(mutex_);
     flag7_ = flag;
 }
 
 void SimVideoFacade::setFlag8(bool flag) {
-    log_.request(Family::Video, VIDEO_SET_FLAG_8, std::string("flag ") + (flag ? "on" : "off"));
+    log_.request(Family::Video, VIDEO_SET_FLAG_8, [&] { return std::string("flag ") + (flag ? "on" : "off"); });
     std::lock_guard<std::mutex> lock(mutex_);
     flag8_ = flag;
 }
 
 int SimVideoFacade::rate(int command) {
     const int value = settings_.rates[static_cast<std::size_t>(command - VIDEO_GET_RATE_9)];
-    log_.request(Family::Video, command, "rate -> " + std::to_string(value));
+    log_.request(Family::Video, command, [&] { return "rate -> " + std::to_string(value); });
     return value;
 }
 
@@ -90,13 +92,13 @@ void SimVideoFacade::reset() {
 }
 
 void SimVideoFacade::setLevel(Level level, int code, double value) {
-    log_.request(Family::Audio, code, "level " + levelText(value));
+    log_.request(Family::Audio, code, [&] { return "level " + levelText(value); });
     std::lock_guard<std::mutex> lock(mutex_);
     audio_.levels[level] = value;
 }
 
 void SimVideoFacade::setMute(bool mute) {
-    log_.request(Family::Audio, AUDIO_MUTE, mute ? "mute" : "unmute");
+    log_.request(Family::Audio, AUDIO_MUTE, [&] { return mute ? "mute" : "unmute"; });
     std::lock_guard<std::mutex> lock(mutex_);
     audio_.mute = mute;
 }
@@ -117,7 +119,9 @@ void SimVideoFacade::getInitCropValue(ipcutil::Rectangle_t* first, ipcutil::Rect
 }
 
 void SimVideoFacade::updateGraphicsRegion(int x, int y, int width, int height) {
-    log_.request(Family::Video, VIDEO_UPDATE_REGION, "graphics region " + rectText({x, y, width, height}));
+    log_.request(Family::Video, VIDEO_UPDATE_REGION, [&] {
+        return "graphics region " + rectText({x, y, width, height});
+    });
     std::lock_guard<std::mutex> lock(mutex_);
     region_ = {x, y, width, height};
 }
@@ -151,7 +155,7 @@ int SimVideoFacade::positionOf(const Player& player) const {
 bool SimVideoFacade::open(std::string locator, int& handle) {
     auto item = std::find_if(media_.begin(), media_.end(), [&](const MediaItem& m) { return m.locator == locator; });
     if (item == media_.end()) {
-        log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> unknown locator");
+        log_.request(Family::Media, MEDIA_OPEN, [&] { return "open " + quoted(locator) + " -> unknown locator"; });
         return false;
     }
     bool opened = false;
@@ -167,11 +171,14 @@ bool SimVideoFacade::open(std::string locator, int& handle) {
         }
     }
     if (!opened) {
-        log_.request(Family::Media, MEDIA_OPEN,
-                     "open " + quoted(locator) + " -> refused, " + std::to_string(MAX_PLAYERS) + " players open");
+        log_.request(Family::Media, MEDIA_OPEN, [&] {
+            return "open " + quoted(locator) + " -> refused, " + std::to_string(MAX_PLAYERS) + " players open";
+        });
         return false;
     }
-    log_.request(Family::Media, MEDIA_OPEN, "open " + quoted(locator) + " -> handle " + std::to_string(handle));
+    log_.request(Family::Media, MEDIA_OPEN, [&] {
+        return "open " + quoted(locator) + " -> handle " + std::to_string(handle);
+    });
     return true;
 }
 
@@ -181,7 +188,9 @@ int SimVideoFacade::getDuration(int handle) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) result = player->duration;
     }
-    log_.request(Family::Media, MEDIA_GET_DURATION, "handle " + std::to_string(handle) + " duration -> " + std::to_string(result));
+    log_.request(Family::Media, MEDIA_GET_DURATION, [&] {
+        return "handle " + std::to_string(handle) + " duration -> " + std::to_string(result);
+    });
     return result;
 }
 
@@ -191,7 +200,9 @@ int SimVideoFacade::getCurrentTime(int handle) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) result = positionOf(*player);
     }
-    log_.request(Family::Media, MEDIA_GET_CURRENT_TIME, "handle " + std::to_string(handle) + " time -> " + std::to_string(result));
+    log_.request(Family::Media, MEDIA_GET_CURRENT_TIME, [&] {
+        return "handle " + std::to_string(handle) + " time -> " + std::to_string(result);
+    });
     return result;
 }
 
@@ -208,8 +219,8 @@ int SimVideoFacade::setCurrentTime(int handle, int first, int second) {
         }
     }
     log_.request(Family::Media, MEDIA_SET_CURRENT_TIME,
-                 "handle " + std::to_string(handle) + " set time " + std::to_string(first) + " (" +
-                     std::to_string(second) + ") -> " + std::to_string(result));
+                 [&] { return "handle " + std::to_string(handle) + " set time " + std::to_string(first) + " (" +
+                     std::to_string(second) + ") -> " + std::to_string(result); });
     return result;
 }
 
@@ -222,7 +233,9 @@ void SimVideoFacade::addMediaListener(int handle, middlewarefacade::MediaListene
             player->listeners.insert(listener);  // a repeated registration counts once
         }
     }
-    log_.request(Family::Media, MEDIA_ADD_LISTENER, "handle " + std::to_string(handle) + " listen" + (known ? "" : ": unknown handle"));
+    log_.request(Family::Media, MEDIA_ADD_LISTENER, [&] {
+        return "handle " + std::to_string(handle) + " listen" + (known ? "" : ": unknown handle");
+    });
 }
 
 bool SimVideoFacade::play(int handle) {
@@ -240,7 +253,9 @@ bool SimVideoFacade::play(int handle) {
             result = true;
         }
     }
-    log_.request(Family::Media, MEDIA_PLAY, "handle " + std::to_string(handle) + " play -> " + (result ? "playing" : "failed"));
+    log_.request(Family::Media, MEDIA_PLAY, [&] {
+        return "handle " + std::to_string(handle) + " play -> " + (result ? "playing" : "failed");
+    });
     return result;
 }
 
@@ -253,7 +268,7 @@ void SimVideoFacade::stop(int handle) {
             cancelEnd(*player);
         }
     }
-    log_.request(Family::Media, MEDIA_STOP, "handle " + std::to_string(handle) + " stop");
+    log_.request(Family::Media, MEDIA_STOP, [&] { return "handle " + std::to_string(handle) + " stop"; });
 }
 
 void SimVideoFacade::close(int handle) {
@@ -262,7 +277,7 @@ void SimVideoFacade::close(int handle) {
         if (Player* player = find(handle)) cancelEnd(*player);
         players_.erase(handle);
     }
-    log_.request(Family::Media, MEDIA_CLOSE, "handle " + std::to_string(handle) + " close");
+    log_.request(Family::Media, MEDIA_CLOSE, [&] { return "handle " + std::to_string(handle) + " close"; });
 }
 
 int SimVideoFacade::setMediaBounds(int handle, int x, int y, int width, int height) {
@@ -274,9 +289,10 @@ int SimVideoFacade::setMediaBounds(int handle, int x, int y, int width, int heig
             result = 0;
         }
     }
-    log_.request(Family::Media, MEDIA_SET_BOUNDS,
-                 "handle " + std::to_string(handle) + " set bounds " + rectText({x, y, width, height}) + " -> " +
-                     std::to_string(result));
+    log_.request(Family::Media, MEDIA_SET_BOUNDS, [&] {
+        return "handle " + std::to_string(handle) + " set bounds " + rectText({x, y, width, height}) + " -> " +
+               std::to_string(result);
+    });
     return result;
 }
 
@@ -292,7 +308,9 @@ void SimVideoFacade::getMediaBounds(int handle, int& x, int& y, int& width, int&
             answer = rectText(player->bounds);
         }
     }
-    log_.request(Family::Media, MEDIA_GET_BOUNDS, "handle " + std::to_string(handle) + " bounds -> " + answer);
+    log_.request(Family::Media, MEDIA_GET_BOUNDS, [&] {
+        return "handle " + std::to_string(handle) + " bounds -> " + answer;
+    });
 }
 
 void SimVideoFacade::setMediaFreeze(int handle, bool freeze) {
@@ -300,7 +318,9 @@ void SimVideoFacade::setMediaFreeze(int handle, bool freeze) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) player->freeze = freeze;
     }
-    log_.request(Family::Media, MEDIA_SET_FREEZE, "handle " + std::to_string(handle) + (freeze ? " freeze" : " unfreeze"));
+    log_.request(Family::Media, MEDIA_SET_FREEZE, [&] {
+        return "handle " + std::to_string(handle) + (freeze ? " freeze" : " unfreeze");
+    });
 }
 
 void SimVideoFacade::setMediaLevel(int handle, Level level, int code, double value) {
@@ -308,7 +328,9 @@ void SimVideoFacade::setMediaLevel(int handle, Level level, int code, double val
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) player->audio.levels[level] = value;
     }
-    log_.request(Family::Media, code, "handle " + std::to_string(handle) + " level " + levelText(value));
+    log_.request(Family::Media, code, [&] {
+        return "handle " + std::to_string(handle) + " level " + levelText(value);
+    });
 }
 
 void SimVideoFacade::setMediaMute(int handle, bool mute) {
@@ -316,7 +338,9 @@ void SimVideoFacade::setMediaMute(int handle, bool mute) {
         std::lock_guard<std::mutex> lock(mutex_);
         if (Player* player = find(handle)) player->audio.mute = mute;
     }
-    log_.request(Family::Media, MEDIA_SET_MUTE, "handle " + std::to_string(handle) + (mute ? " mute" : " unmute"));
+    log_.request(Family::Media, MEDIA_SET_MUTE, [&] {
+        return "handle " + std::to_string(handle) + (mute ? " mute" : " unmute");
+    });
 }
 
 void SimVideoFacade::cancelEnd(Player& player) {
