@@ -62,10 +62,21 @@ std::size_t residentBytes() {
 // has grown by more than this since the last one: answers of a like size
 // reuse what the previous one left.
 constexpr std::size_t TRIM_AFTER_GROWTH = 32u << 20;
+
+// Freeing a block of at least 64 KiB makes glibc merge the thread's small
+// freed blocks (its fast bins) into large ones. Without that, the tens of
+// thousands of small blocks a list of program events leaves behind made the
+// next such list take one and a half to two and a half times as long.
+constexpr std::size_t MERGING_BLOCK = 72u << 10;  // above 64 KiB, below the 128 KiB mmap threshold
 #endif
 
-void giveFreedMemoryBack() {
+void tidyFreedMemory() {
 #ifdef __GLIBC__
+    auto* block = static_cast<volatile char*>(std::malloc(MERGING_BLOCK));
+    if (block != nullptr) {
+        block[0] = 0;  // used, so that the pair is not optimised away
+        std::free(const_cast<char*>(block));
+    }
     static std::atomic<std::size_t> afterLastTrim{0};
     const std::size_t resident = residentBytes();
     if (resident != 0 && resident <= afterLastTrim.load() + TRIM_AFTER_GROWTH) return;
@@ -212,7 +223,7 @@ void IpcServerManager::update(message& record) {
     }
     const HubContext context{*request, *this, *server_, requestListeners()};
     dispatch(context, record);
-    if (context.largeAnswer) giveFreedMemoryBack();  // the handler has released its lists
+    if (context.largeAnswer) tidyFreedMemory();  // the handler has released its lists
 }
 
 void IpcServerManager::dispatch(const HubContext& context, message& record) {
