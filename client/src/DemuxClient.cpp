@@ -1,6 +1,5 @@
 #include "tessarine/client/DemuxClient.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -57,7 +56,14 @@ public:
         detail::CallGate::Pass pass(calls_, deadline);
         if (!pass.granted()) return busy();
         if (auto error = ensureConnected(deadline)) return *error;
-        const IoStatus sent = detail::writeAll(fd_.get(), bytes.data(), bytes.size(), deadline);
+        IoStatus sent = detail::writeAll(fd_.get(), bytes.data(), bytes.size(), deadline);
+        if (sent == IoStatus::Closed) {
+            // The bridge never speaks unasked, so only a send finds that it
+            // closed the connection since the last call: once more, anew.
+            closeSocket();
+            if (auto error = ensureConnected(deadline)) return *error;
+            sent = detail::writeAll(fd_.get(), bytes.data(), bytes.size(), deadline);
+        }
         if (sent != IoStatus::Ok) return fail(sent, "sending a command");
         if (!answer) return Bytes{};
 
@@ -79,16 +85,8 @@ private:
 
     static Error busy() { return Error(ErrorCode::TimedOut, "another call kept the client busy past the time limit"); }
 
-    // The bridge never speaks unasked: a readable socket between calls
-    // means that it closed the connection.
-    bool peerGone() const {
-        pollfd p{fd_.get(), POLLIN, 0};
-        return ::poll(&p, 1, 0) != 0;
-    }
-
     std::optional<Error> ensureConnected(Clock::time_point deadline) {
-        if (fd_.valid() && !peerGone()) return std::nullopt;
-        closeSocket();
+        if (fd_.valid()) return std::nullopt;
         fd_ = detail::connectUnix(options.socketPath, deadline);
         input_.reset(fd_.get());
         if (!fd_.valid()) {

@@ -78,7 +78,7 @@ TEST_F(DemuxClientTest, ASlowSectionTimesOutAndTheNextReadReconnects) {
     EXPECT_EQ(*next, (Bytes{1, 2, 3}));
 }
 
-TEST_F(DemuxClientTest, OversizedSectionsAndAbsentServersGiveTypedErrors) {
+TEST_F(DemuxClientTest, OversizedSectionsRestartedAndAbsentServers) {
     filter.section.assign(5000, 0x55);
     auto big = demux->readSection();
     ASSERT_FALSE(big);
@@ -86,6 +86,9 @@ TEST_F(DemuxClientTest, OversizedSectionsAndAbsentServersGiveTypedErrors) {
     filter.section.assign(demux->options().maxSectionLength, 0x56);  // the longest that is taken
     EXPECT_EQ(demux->readSection()->size(), filter.section.size());
 
+    server.stop();  // a bridge that restarts between two calls: the next one connects anew
+    server.start();
+    EXPECT_TRUE(demux->setPid(7));
     server.stop();
     demux->disconnect();
     auto absent = demux->setPid(1);
