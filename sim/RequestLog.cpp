@@ -29,11 +29,6 @@ const char* RequestLog::name(Family family) {
     return names[static_cast<std::size_t>(family)];
 }
 
-void RequestLog::countRequest(Family family) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    ++requests_[static_cast<std::size_t>(family)];
-}
-
 void RequestLog::requestLine(Family family, int code, const std::string& summary) {
     std::lock_guard<std::mutex> lock(mutex_);
     ++requests_[static_cast<std::size_t>(family)];

@@ -31,9 +31,8 @@ public:
     // when lines are written, so a quiet log formats nothing per request.
     template <typename Summary>
     void request(Family family, int code, const Summary& summary) {
-        if (quiet_) return countRequest(family);
         if constexpr (std::is_invocable_v<const Summary&>) {
-            requestLine(family, code, summary());
+            requestLine(family, code, quiet_ ? std::string() : std::string(summary()));
         } else {
             requestLine(family, code, summary);
         }
@@ -48,7 +47,6 @@ public:
     static const char* name(Family family);
 
 private:
-    void countRequest(Family family);
     void requestLine(Family family, int code, const std::string& summary);
     void write(const char* kind, Family family, int code, const std::string& summary);
 
