@@ -19,17 +19,24 @@ namespace detail {
 // Between calls the reader thread delivers events. It sleeps in epoll_wait on
 // a one-shot registration of the socket, and a gate, the turn, says who may
 // read. A call takes the turn (waiting at most until its deadline while the
-// reader finishes a record it began), disarms the registration, sends, reads
-// until its answer (passing on the events it meets, in stream order), also
-// takes whole records that came in the same read as the answer, re-arms and
-// lets the turn go. Re-arming reports data already waiting, so an event that
-// follows an answer wakes the reader at once, while a run of calls never
-// wakes it. Woken, the reader takes the turn, reads what has arrived (a
-// record it has begun, to its end), re-arms and sleeps. Whoever finds a fault
-// ends the connection and tells the sink once; close() shuts the socket down
-// and re-arms, which wakes the reader to end.
+// reader finishes a record it began), sends, reads until its answer (passing
+// on the events it meets, in stream order), also takes whole records that
+// came in the same read as the answer, notes when it ended and lets the turn
+// go. It never touches the registration: that costs two system calls per
+// call. Instead the first answer of a run of calls spends the one-shot
+// registration and wakes the reader, which waits until calls have paused
+// for QUIET_BEFORE_WATCHING, takes the turn, reads what has arrived (a
+// record it has begun, to its end), re-arms and sleeps. Re-arming reports
+// data already waiting, so an event that came meanwhile wakes it at once.
+// Whoever finds a fault ends the connection and tells the sink once; close()
+// shuts the socket down and wakes the reader wherever it waits.
 
 namespace {
+
+// How long calls must pause before the reader watches the socket again. A
+// run of calls closer together than this costs no epoll_ctl at all; an
+// event that lands just after an answer waits at most this long.
+constexpr auto QUIET_BEFORE_WATCHING = std::chrono::milliseconds(1);
 
 // About 33 records: a list or a run of events is read a buffer-full at a time.
 constexpr std::size_t READ_BUFFER = 64 * 1024;
@@ -87,8 +94,7 @@ Connection::~Connection() { close(); }
 
 void Connection::close() {
     giveUp();
-    // A call may have left the reader unwatched; the shut socket wakes it.
-    watch(true);
+    wakeReader();
     if (reader_.joinable() && reader_.get_id() != std::this_thread::get_id()) reader_.join();
 }
 
@@ -104,9 +110,32 @@ void Connection::end(const Error& reason) {
     if (!ended_.exchange(true)) sink_.connectionEnded(reason, closing_.load());
 }
 
-void Connection::watch(bool on) {
+void Connection::wakeReader() {
+    {
+        std::lock_guard<std::mutex> lock(parkMutex_);
+    }
+    parked_.notify_all();
+    // The registration may be spent; the shut socket wakes the reader.
+    rearm();
+}
+
+bool Connection::callsRecent() const {
+    return Clock::now() - Clock::time_point(Clock::duration(lastCallEnd_.load())) < QUIET_BEFORE_WATCHING;
+}
+
+bool Connection::awaitQuiet() {
+    std::unique_lock<std::mutex> lock(parkMutex_);
+    for (;;) {
+        if (closing_) return false;
+        const auto quietAt = Clock::time_point(Clock::duration(lastCallEnd_.load())) + QUIET_BEFORE_WATCHING;
+        if (Clock::now() >= quietAt) return true;
+        parked_.wait_until(lock, quietAt);
+    }
+}
+
+void Connection::rearm() {
     epoll_event interest{};
-    interest.events = on ? EPOLLIN | EPOLLONESHOT : 0;
+    interest.events = EPOLLIN | EPOLLONESHOT;
     ::epoll_ctl(watcher_.get(), EPOLL_CTL_MOD, fd_.get(), &interest);
 }
 
@@ -149,7 +178,6 @@ Result<Answer> Connection::call(const message& request, const Expectation* expec
             giveUp();
             return late();
         }
-        watch(false);
         deadline_ = deadline;
         failure = sendRequest(request, deadline);
         const bool sent = !failure;
@@ -191,7 +219,7 @@ Result<Answer> Connection::call(const message& request, const Expectation* expec
         } else if (failure) {
             end(*failure);
         }
-        watch(true);
+        lastCallEnd_ = Clock::now().time_since_epoch().count();
     }
     if (answer) return std::move(*answer);
     return *failure;
@@ -204,15 +232,27 @@ void Connection::run() {
         const int woken = ::epoll_wait(watcher_.get(), &ready, 1, -1);
         if (woken < 0 && errno == EINTR) continue;
         if (woken < 0) break;
-        CallGate::Pass turn(turn_, Clock::time_point::max());
-        if (!alive_) break;
-        if (auto fault = readArrived()) {
-            reason = *fault;
-            break;
-        }
-        watch(true);
+        // The one-shot registration is spent. Woken by an answer (the first
+        // of a run of calls), the reader stays off the socket until calls
+        // pause, so that they run without re-arming it.
+        if (!readWhenQuiet(reason)) break;
     }
     end(reason);
+}
+
+bool Connection::readWhenQuiet(Error& reason) {
+    for (;;) {
+        if (!awaitQuiet()) return false;
+        CallGate::Pass turn(turn_, Clock::time_point::max());
+        if (!alive_) return false;
+        if (callsRecent()) continue;  // a call came in between
+        if (auto fault = readArrived()) {
+            reason = *fault;
+            return false;
+        }
+        rearm();
+        return true;
+    }
 }
 
 std::optional<Error> Connection::readArrived() {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <iterator>
 #include <cstdint>
 #include <memory>
@@ -82,8 +83,18 @@ private:
     void run();
     // The reader thread's part: everything that has arrived, no more.
     std::optional<Error> readArrived();
-    // Whether the reader thread's epoll instance reports the socket.
-    void watch(bool on);
+    // Waits until no call has ended for QUIET_BEFORE_WATCHING (or the
+    // connection is closing); false when closing.
+    bool awaitQuiet();
+    // Reads what has arrived and re-arms, once calls have paused; false
+    // when the connection is over (`reason` says why, when it failed here).
+    bool readWhenQuiet(Error& reason);
+    // Whether a call ended less than QUIET_BEFORE_WATCHING ago.
+    bool callsRecent() const;
+    // Wakes the reader wherever it waits (closing).
+    void wakeReader();
+    // Arms the reader thread's one-shot registration of the socket again.
+    void rearm();
     // The connection is over: no one reads it again; the sink hears once.
     void end(const Error& reason);
     // This side gives the connection up: nobody reads it again, and its end
@@ -124,6 +135,11 @@ private:
     std::atomic<bool> alive_{true};
     std::atomic<bool> closing_{false};
     std::atomic<bool> ended_{false};
+    // When the last call ended (steady clock ticks); the reader re-arms its
+    // registration only once calls have paused.
+    std::atomic<Clock::rep> lastCallEnd_{0};
+    std::mutex parkMutex_;
+    std::condition_variable parked_;
 
     // Whoever holds the turn owns everything below.
     CallGate turn_;

@@ -69,8 +69,9 @@ protected:
     std::thread server;
 };
 
-TEST_F(ControlFramingTest, EventsBeforeTheAnswerGoToCallbacksAndTheAnswerToTheCall) {
-    serve([](FakeBridge& b) {
+TEST_F(ControlFramingTest, EventsAroundTheAnswerGoToCallbacksAndTheAnswerToTheCall) {
+    std::promise<void> answered;
+    serve([&](FakeBridge& b) {
         auto request = b.receive();
         ASSERT_TRUE(request);
         EXPECT_EQ(request->type, MSG_SI);
@@ -89,12 +90,17 @@ TEST_F(ControlFramingTest, EventsBeforeTheAnswerGoToCallbacksAndTheAnswerToTheCa
         message answer = *request;
         answer.put<std::int32_t>(12, 42);
         b.send(answer);
+        // After the call has returned, with no other call to read it: the
+        // reader thread must be watching the socket again.
+        answered.get_future().wait();
+        b.send(makeRecord(MSG_VIDEO, 17));
     });
     auto service = client.currentService();
+    answered.set_value();
     ASSERT_TRUE(service) << service.error().message();
     EXPECT_EQ(*service, 42);
 
-    ASSERT_TRUE(graphics.waitFor(1) && downloads.waitFor(1) && endsOfMedia.waitFor(1) && commands.waitFor(1));
+    ASSERT_TRUE(graphics.waitFor(2) && downloads.waitFor(1) && endsOfMedia.waitFor(1) && commands.waitFor(1));
     EXPECT_EQ(graphics.snapshot()[0].first, (client::Rectangle{1, 2, 3, 4}));
     EXPECT_EQ(graphics.snapshot()[0].second, (client::Rectangle{5, 6, 7, 8}));
     EXPECT_EQ(downloads.snapshot()[0].first, "dsmcc://1");
