@@ -119,17 +119,17 @@ void Connection::wakeReader() {
     rearm();
 }
 
-bool Connection::callsRecent() const {
-    return Clock::now() - Clock::time_point(Clock::duration(lastCallEnd_.load())) < QUIET_BEFORE_WATCHING;
+Clock::time_point Connection::quietAt() const {
+    return Clock::time_point(Clock::duration(lastCallEnd_.load())) + QUIET_BEFORE_WATCHING;
 }
 
 bool Connection::awaitQuiet() {
     std::unique_lock<std::mutex> lock(parkMutex_);
     for (;;) {
         if (closing_) return false;
-        const auto quietAt = Clock::time_point(Clock::duration(lastCallEnd_.load())) + QUIET_BEFORE_WATCHING;
-        if (Clock::now() >= quietAt) return true;
-        parked_.wait_until(lock, quietAt);
+        const Clock::time_point quiet = quietAt();
+        if (Clock::now() >= quiet) return true;
+        parked_.wait_until(lock, quiet);
     }
 }
 
@@ -245,7 +245,7 @@ bool Connection::readWhenQuiet(Error& reason) {
         if (!awaitQuiet()) return false;
         CallGate::Pass turn(turn_, Clock::time_point::max());
         if (!alive_) return false;
-        if (callsRecent()) continue;  // a call came in between
+        if (Clock::now() < quietAt()) continue;  // a call came in between
         if (auto fault = readArrived()) {
             reason = *fault;
             return false;

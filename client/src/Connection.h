@@ -89,8 +89,8 @@ private:
     // Reads what has arrived and re-arms, once calls have paused; false
     // when the connection is over (`reason` says why, when it failed here).
     bool readWhenQuiet(Error& reason);
-    // Whether a call ended less than QUIET_BEFORE_WATCHING ago.
-    bool callsRecent() const;
+    // When calls will have paused for QUIET_BEFORE_WATCHING, if no other ends.
+    Clock::time_point quietAt() const;
     // Wakes the reader wherever it waits (closing).
     void wakeReader();
     // Arms the reader thread's one-shot registration of the socket again.
