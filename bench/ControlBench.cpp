@@ -13,6 +13,7 @@
 #include "bench/Cases.h"
 #include "bench/CountDown.h"
 #include "bench/Measurement.h"
+#include "bench/OneProcessor.h"
 #include "bench/RawPeer.h"
 #include "tessarine/IpcServerManager.h"
 #include "tessarine/client/ControlClient.h"
@@ -73,6 +74,17 @@ void captured(benchmark::State& state, void (*run)(benchmark::State&)) {
     run(state);
     hub->stopCapture();
     std::remove(file.c_str());
+}
+
+// A case with the whole process on one processor: the work of the two ends
+// without the cost of waking the other processor.
+void onOneProcessor(benchmark::State& state, void (*run)(benchmark::State&)) {
+    OneProcessor confinement;
+    if (!confinement.confined()) {
+        state.SkipWithError("the process could not be kept on one processor");
+        return;
+    }
+    run(state);
 }
 
 void versionCall(benchmark::State& state) {
@@ -239,6 +251,8 @@ void registerControlCases(bool smoke) {
                  [](ControlClient& c) { return c.systemProperty("system.language").ok(); });
     registerCase(smoke, "call/version/captured", captured, versionCall);
     registerCase(smoke, "call/raw", rawCall);
+    registerCase(smoke, "call/one_processor/version", onOneProcessor, versionCall);
+    registerCase(smoke, "call/one_processor/raw", onOneProcessor, rawCall);
 
     for (const auto& [name, kind] : {std::pair{"services", ListKind::Services},
                                      std::pair{"program_events", ListKind::ProgramEvents}}) {
