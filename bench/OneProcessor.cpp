@@ -28,16 +28,18 @@ OneProcessor::OneProcessor() {
     cpu_set_t only;
     CPU_ZERO(&only);
     CPU_SET(here, &only);
-    confined_ = true;
+    bool refused = false;
     for (const pid_t thread : threadsOfThisProcess()) {
         cpu_set_t before;
         if (::sched_getaffinity(thread, sizeof before, &before) != 0) continue;  // it has ended
         if (::sched_setaffinity(thread, sizeof only, &only) != 0) {
-            confined_ = false;
+            refused = true;
             continue;
         }
         previous_.emplace_back(thread, before);
     }
+    // Without the thread list nothing was confined, not even this thread.
+    confined_ = !refused && !previous_.empty();
 }
 
 OneProcessor::~OneProcessor() {
