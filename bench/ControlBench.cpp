@@ -13,8 +13,8 @@
 #include "bench/Cases.h"
 #include "bench/CountDown.h"
 #include "bench/Measurement.h"
-#include "bench/OneProcessor.h"
 #include "bench/RawPeer.h"
+#include "bench/ThreadPlacement.h"
 #include "tessarine/IpcServerManager.h"
 #include "tessarine/client/ControlClient.h"
 #include "tessarine/message.h"
@@ -76,19 +76,26 @@ void captured(benchmark::State& state, void (*run)(benchmark::State&)) {
     std::remove(file.c_str());
 }
 
-// A case with the whole process on one processor: the work of the two ends
-// without the cost of waking the other processor.
-void onOneProcessor(benchmark::State& state, void (*run)(benchmark::State&)) {
-    OneProcessor confinement;
-    if (!confinement.confined()) {
-        state.SkipWithError("the process could not be kept on one processor");
+// A case with its threads in a fixed layout: the work of the two ends
+// without the scheduler's choice of processors, which changes from run to run.
+void placed(benchmark::State& state, ThreadPlacement::Layout layout, void (*run)(benchmark::State&)) {
+    ThreadPlacement placement(layout);
+    if (!placement.placed()) {
+        state.SkipWithError("the threads could not be placed");
         return;
     }
     run(state);
+    if (!placement.placed()) state.SkipWithError("the threads could not be placed");
 }
 
-void versionCall(benchmark::State& state) {
-    bridgeCall(state, [](ControlClient& c) { return c.checkVersion(1).ok(); });
+bool versionOnce(ControlClient& control) { return control.checkVersion(1).ok(); }
+
+void versionCall(benchmark::State& state) { bridgeCall(state, versionOnce); }
+
+// One raw round trip: the record out, the same size back.
+void rawOnce(RawPeer& peer, message& record) {
+    RawPeer::sendAll(peer.fd(), record.bytes(), MESSAGE_SIZE);
+    RawPeer::receiveAll(peer.fd(), record.bytes(), MESSAGE_SIZE);
 }
 
 void rawCall(benchmark::State& state) {
@@ -96,13 +103,33 @@ void rawCall(benchmark::State& state) {
     message record;
     record.clear();
     Measurement measurement(state, true);
-    for (auto _ : state) {
-        measurement.time([&] {
-            RawPeer::sendAll(peer.fd(), record.bytes(), MESSAGE_SIZE);
-            RawPeer::receiveAll(peer.fd(), record.bytes(), MESSAGE_SIZE);
-        });
-    }
+    for (auto _ : state) measurement.time([&] { rawOnce(peer, record); });
     measurement.finish(static_cast<double>(state.iterations()), "call");
+}
+
+// The version call and the raw ping-pong in turns, a few dozen of each at a
+// time, within one repetition. This kind of virtual machine changes state
+// every few seconds to minutes (a round trip across processors then takes
+// about twice as long); taking turns, both see the same states, so their
+// ratio holds whichever the run found.
+void alternatingCall(benchmark::State& state) {
+    constexpr int TURN = 64;  // about 2 ms: far shorter than a state lasts
+    auto control = servedClient(state);
+    if (!control) return;
+    RawPeer peer(MESSAGE_SIZE, std::vector<unsigned char>(MESSAGE_SIZE));
+    message record;
+    record.clear();
+    Measurement bridge(state, true);
+    Measurement raw(state, true, "raw_");
+    bool ok = true;
+    for (auto _ : state) {
+        bridge.timeTurn(TURN, [&] { ok = versionOnce(*control) && ok; });
+        raw.timeTurn(TURN, [&] { rawOnce(peer, record); });
+    }
+    if (!ok) state.SkipWithError("a call failed");
+    const double calls = static_cast<double>(state.iterations()) * TURN;
+    bridge.finish(calls, "call");
+    raw.finish(calls, "call");
 }
 
 // ---- List answers ----
@@ -251,8 +278,14 @@ void registerControlCases(bool smoke) {
                  [](ControlClient& c) { return c.systemProperty("system.language").ok(); });
     registerCase(smoke, "call/version/captured", captured, versionCall);
     registerCase(smoke, "call/raw", rawCall);
-    registerCase(smoke, "call/one_processor/version", onOneProcessor, versionCall);
-    registerCase(smoke, "call/one_processor/raw", onOneProcessor, rawCall);
+    registerCase(smoke, "call/alternating", alternatingCall);
+    using Layout = ThreadPlacement::Layout;
+    for (const auto& [name, layout] : {std::pair{"one_processor", Layout::OneProcessor},
+                                       std::pair{"ends_apart", Layout::EndsApart}}) {
+        if (!ThreadPlacement::possible(layout)) continue;  // a single processor has no second one
+        registerCase(smoke, std::string("call/") + name + "/version", placed, layout, versionCall);
+        registerCase(smoke, std::string("call/") + name + "/raw", placed, layout, rawCall);
+    }
 
     for (const auto& [name, kind] : {std::pair{"services", ListKind::Services},
                                      std::pair{"program_events", ListKind::ProgramEvents}}) {

@@ -6,7 +6,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
+
+#include "bench/ThreadPlacement.h"
 
 namespace tessarine {
 namespace bench {
@@ -19,8 +23,12 @@ class Measurement {
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit Measurement(benchmark::State& state, bool perOperation = false) : state_(state) {
+    // Construct it once the case's threads have started. `prefix` starts
+    // the counters' names, for a case that holds two measurements.
+    explicit Measurement(benchmark::State& state, bool perOperation = false, std::string prefix = "")
+        : state_(state), prefix_(std::move(prefix)) {
         if (perOperation) samples_.reserve(static_cast<std::size_t>(std::min<benchmark::IterationCount>(state.max_iterations, 1 << 22)));
+        ThreadPlacement::settleCaller();  // the case's threads have started
         cpuStart_ = cpuSeconds();
     }
 
@@ -32,14 +40,25 @@ public:
         samples_.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
     }
 
+    // Times `count` operations in a row as one turn, and counts the CPU time
+    // of the turns alone: for two measurements that take turns in one case.
+    template <typename Operation>
+    void timeTurn(int count, Operation&& operation) {
+        const double start = cpuSeconds();
+        for (int i = 0; i < count; ++i) time(operation);
+        turnsCpu_ += cpuSeconds() - start;
+        inTurns_ = true;
+    }
+
     // Sets the counters: CPU microseconds per `unit` (`units` of them in the
-    // whole run) and, with timed operations, their p50 and p99 in microseconds.
+    // whole run, or in its turns) and, with timed operations, their p50 and
+    // p99 in microseconds.
     void finish(double units, const char* unit = "op") {
-        const double cpu = cpuSeconds() - cpuStart_;
-        if (units > 0) state_.counters[std::string("cpu_us_per_") + unit] = cpu * 1e6 / units;
+        const double cpu = inTurns_ ? turnsCpu_ : cpuSeconds() - cpuStart_;
+        if (units > 0) state_.counters[prefix_ + "cpu_us_per_" + unit] = cpu * 1e6 / units;
         if (samples_.empty()) return;
-        state_.counters["p50_us"] = percentile(0.50);
-        state_.counters["p99_us"] = percentile(0.99);
+        state_.counters[prefix_ + "p50_us"] = percentile(0.50);
+        state_.counters[prefix_ + "p99_us"] = percentile(0.99);
     }
 
     static double cpuSeconds() {
@@ -57,8 +76,11 @@ private:
     }
 
     benchmark::State& state_;
+    std::string prefix_;
     std::vector<double> samples_;
     double cpuStart_ = 0;
+    double turnsCpu_ = 0;
+    bool inTurns_ = false;
 };
 
 }  // namespace bench
