@@ -1,12 +1,14 @@
 #include "transport/AnswerStream.h"
 
+#include <algorithm>
+
 #include "tessarine/IpcServer.h"
 
 namespace tessarine {
 
 namespace {
 // Each thread's answers reuse the buffers its previous answer grew (at most
-// FLUSH_SIZE and a piece): a list no longer reallocates and copies its
+// LARGEST_PIECE and a piece): a list no longer reallocates and copies its
 // bytes several times over, nor faults in fresh pages, on every answer.
 thread_local SendBatch spare;
 }  // namespace
@@ -19,7 +21,10 @@ AnswerStream::~AnswerStream() {
 }
 
 bool AnswerStream::appended() {
-    if (byteCount() >= FLUSH_SIZE || failed_) flush();
+    if (byteCount() >= pieceSize_ || failed_) {
+        flush();
+        pieceSize_ = std::min(pieceSize_ * 2, LARGEST_PIECE);
+    }
     return !failed_;
 }
 

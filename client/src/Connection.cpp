@@ -46,8 +46,10 @@ constexpr auto QUIET_BEFORE_WATCHING = std::chrono::milliseconds(1);
 // run reaches its callback at most this late.
 constexpr auto LONGEST_LOOK_AGAIN = std::chrono::milliseconds(8);
 
-// About 33 records: a list or a run of events is read a buffer-full at a time.
-constexpr std::size_t READ_BUFFER = 64 * 1024;
+// About 130 records: a list or a run of events is read a buffer-full at a
+// time. As large as the bridge's largest answer piece, so that each piece
+// of a long list costs one recv (with 64 KiB, four).
+constexpr std::size_t READ_BUFFER = 256 * 1024;
 
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
 

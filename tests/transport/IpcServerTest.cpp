@@ -258,5 +258,40 @@ TEST_F(IpcServerTest, AHeldBatchIsNeverSplitByOtherSenders) {
     for (auto& t : threads) t.join();
 }
 
+// The client decodes the first piece of a long answer while the rest is built.
+TEST_F(IpcServerTest, AnAnswerStartsToLeaveBeforeItIsFinished) {
+    auto server = makeServer();
+    server->start();
+    ControlTestClient client(socketPath());
+    ASSERT_TRUE(listener.log.waitFor(1));
+
+    constexpr int FIRST = AnswerStream::FIRST_PIECE / MESSAGE_SIZE + 1, TOTAL = 3 * FIRST;
+    std::atomic<bool> firstArrived{false};
+    bool gaveUp = false;
+    std::thread builder([&] {
+        AnswerStream answer(*server);
+        message item = makeRecord(MSG_SI, 6);
+        for (int i = 0; i < TOTAL; ++i) {
+            if (i == FIRST) {  // nothing more is built until the client has the first record
+                const auto giveUp = std::chrono::steady_clock::now() + 1s;
+                while (!firstArrived && !gaveUp) {
+                    std::this_thread::sleep_for(1ms);
+                    gaveUp = std::chrono::steady_clock::now() > giveUp;
+                }
+            }
+            item.put<std::int32_t>(12, i);
+            answer.add(item);
+        }
+    });
+    int received = 0;
+    for (auto record = client.receive(); record && record->get<std::int32_t>(12) == received; record = client.receive()) {
+        firstArrived = true;
+        if (++received == TOTAL) break;
+    }
+    builder.join();
+    EXPECT_EQ(received, TOTAL);
+    EXPECT_FALSE(gaveUp) << "the first piece waited for the rest of the answer";
+}
+
 }  // namespace
 }  // namespace tessarine
