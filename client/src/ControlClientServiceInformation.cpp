@@ -24,7 +24,7 @@ message siWithArgument(std::int32_t code, std::int32_t argument) {
 }
 
 ProgramEvent programEventFrom(const message& record) {
-    const program_event wire = program_event::decode(record.bytes() + SI_ITEM_OFFSET);
+    program_event wire = program_event::decode(record.bytes() + SI_ITEM_OFFSET);
     ProgramEvent e;
     e.value0 = wire.value0;
     e.value1 = wire.value1;
@@ -33,9 +33,9 @@ ProgramEvent programEventFrom(const message& record) {
     e.value4 = wire.value4;
     e.value5 = wire.value5;
     e.value6 = wire.value6;
-    e.text0 = wire.text0;
-    e.text1 = wire.text1;
-    e.text2 = wire.text2;
+    e.text0 = std::move(wire.text0);
+    e.text1 = std::move(wire.text1);
+    e.text2 = std::move(wire.text2);
     return e;
 }
 
