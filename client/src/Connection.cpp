@@ -53,17 +53,23 @@ constexpr std::size_t READ_BUFFER = 256 * 1024;
 
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
 
-// Whether `record` is an item of the list that `expected` awaits, whose
-// header announced `count` items.
-bool isItemOf(const Expectation& expected, const message& record, std::int32_t count) {
-    if (record.type != expected.type) return false;
+std::int32_t wordAt(const unsigned char* record, std::size_t offset) {
+    std::int32_t word;
+    std::memcpy(&word, record + offset, sizeof word);
+    return word;
+}
+
+// Whether a record of `type` and `code` is an item of the list that
+// `expected` awaits, whose header announced `count` items.
+bool isItemOf(const Expectation& expected, std::int32_t type, std::int32_t code, std::int32_t count) {
+    if (type != expected.type) return false;
     switch (expected.itemCode) {
     case ItemCode::ItemWord:
         return true;
     case ItemCode::Count:
-        return record.code == count;
+        return code == count;
     case ItemCode::Fixed:
-        return record.code == expected.code;
+        return code == expected.code;
     }
     return false;
 }
@@ -292,8 +298,20 @@ std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) 
                      insideAnswer ? middle : "the connection failed");
 }
 
+const unsigned char* Connection::nextItem(std::optional<Error>& fault) {
+    const char* const middle = "the connection ended in the middle of an answer";
+    IoStatus status;
+    const unsigned char* record = input_.next(MESSAGE_SIZE, deadline_, status);
+    fault = faultOf(status, middle, middle);
+    return record;
+}
+
 std::optional<Error> Connection::readPiece(void* data, std::size_t length, const char* closed, const char* failed) {
-    switch (input_.read(data, length, deadline_)) {
+    return faultOf(input_.read(data, length, deadline_), closed, failed);
+}
+
+std::optional<Error> Connection::faultOf(IoStatus status, const char* closed, const char* failed) {
+    switch (status) {
     case IoStatus::Ok:
         return std::nullopt;
     case IoStatus::TimedOut:
@@ -334,9 +352,9 @@ Connection::TrailingCounts Connection::countOffsets(const Expectation& expected)
     return offsets;
 }
 
-Connection::TrailingCounts Connection::countsOf(const TrailingCounts& offsets, const message& record) {
+Connection::TrailingCounts Connection::countsOf(const TrailingCounts& offsets, const unsigned char* record) {
     TrailingCounts counts{};
-    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = record.get<std::uint32_t>(offsets[i]);
+    for (std::size_t i = 0; i < counts.size(); ++i) std::memcpy(&counts[i], record + offsets[i], sizeof counts[i]);
     return counts;
 }
 
@@ -412,13 +430,13 @@ std::optional<Error> Connection::handle(const message& record, std::unique_ptr<m
             Answer whole;
             answerBytes_ = 0;
             if (expected->onItem && expected->trailing == Trailing::None) {
-                expected->onItem(record);
+                expected->onItem(record.bytes());
                 answer = std::move(whole);
                 return std::nullopt;
             }
             whole.records.push_back(record);
             if (expected->trailing != Trailing::None) {
-                if (auto fault = readTrailing(*expected, countsOf(countOffsets(*expected), record), whole)) {
+                if (auto fault = readTrailing(*expected, countsOf(countOffsets(*expected), record.bytes()), whole)) {
                     return fault;
                 }
             }
@@ -452,7 +470,7 @@ std::optional<Error> Connection::handleListHeader(const message& header, std::un
         // DSM-CC command's chunks; the record after it does.
         message first;
         if (auto fault = readRecord(first, true)) return fault;
-        if (isItemOf(*expected, first, count)) return readList(*expected, header, first, answer);
+        if (isItemOf(*expected, first.type, first.code, count)) return readList(*expected, header, first, answer);
         if (!couldBeDsmcc) {
             return malformed("list item " + describeRecord(first.type, first.code) + " does not belong to " +
                              describeRecord(expected->type, expected->code));
@@ -482,24 +500,28 @@ std::optional<Error> Connection::readList(const Expectation& expected, const mes
     const TrailingCounts offsets = countOffsets(expected);
     // Items are stored (or decoded) as they arrive, never reserved by the
     // announced count.
-    const auto take = [&](const message& item) -> std::optional<Error> {
+    // Each item is taken where it lies in the read buffer, before the next read.
+    const auto take = [&](const unsigned char* item) -> std::optional<Error> {
         if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(offsets, item));
         if (expected.onItem) {
             expected.onItem(item);
         } else {
-            answer.records.push_back(item);
+            answer.records.emplace_back();
+            std::memcpy(answer.records.back().bytes(), item, MESSAGE_SIZE);
         }
         if (expected.trailing == Trailing::Descriptor) return readTrailing(expected, countsOf(offsets, item), answer);
         return std::nullopt;
     };
-    if (auto fault = take(first)) return fault;
-    message item;
+    if (auto fault = take(first.bytes())) return fault;
+    std::optional<Error> fault;
     for (std::size_t i = 1; i < count; ++i) {
-        if (auto fault = readRecord(item, true)) return fault;
-        if (!isItemOf(expected, item, header.code)) {
-            return malformed("item " + std::to_string(i) + " of a list is " + describeRecord(item.type, item.code));
+        const unsigned char* item = nextItem(fault);
+        if (!item) return fault;
+        const std::int32_t type = wordAt(item, TYPE_OFFSET), code = wordAt(item, CODE_OFFSET);
+        if (!isItemOf(expected, type, code, header.code)) {
+            return malformed("item " + std::to_string(i) + " of a list is " + describeRecord(type, code));
         }
-        if (auto fault = take(item)) return fault;
+        if ((fault = take(item))) return fault;
     }
     // The items have arrived: their number is no longer only announced.
     answer.trailing.reserve(later.size());

@@ -114,15 +114,19 @@ private:
     // at the offsets of the count fields (looked up once per answer).
     using TrailingCounts = std::array<std::uint32_t, std::size(protocol::PROGRAM_EVENT_TRAILING)>;
     static TrailingCounts countOffsets(const Expectation& expected);
-    static TrailingCounts countsOf(const TrailingCounts& offsets, const message& record);
+    static TrailingCounts countsOf(const TrailingCounts& offsets, const unsigned char* record);
     std::optional<Error> readTrailing(const Expectation& expected, const TrailingCounts& counts, Answer& answer);
     // `into` is a byte vector or a string.
     template <typename Bytes>
     std::optional<Error> readBytes(std::size_t count, Bytes& into);
     std::optional<Error> readTrailingPiece(void* data, std::size_t length);
     std::optional<Error> readRecord(message& record, bool insideAnswer);
+    // The next record of an answer where it lies in the read buffer (valid
+    // until the next read), or null and the fault.
+    const unsigned char* nextItem(std::optional<Error>& fault);
     // Exactly `length` bytes; the texts say what a closed or failed stream means here.
     std::optional<Error> readPiece(void* data, std::size_t length, const char* closed, const char* failed);
+    static std::optional<Error> faultOf(IoStatus status, const char* closed, const char* failed);
     void handleDsmcc(const message& record);
     void startDsmcc(std::int32_t count);
 

@@ -1,5 +1,7 @@
 #include "tessarine/client/ControlClient.h"
 
+#include <cstring>
+
 #include "ControlClientImpl.h"
 #include "RecordFields.h"
 #include "tessarine/TextField.h"
@@ -98,7 +100,7 @@ Result<message> ControlClient::Impl::single(const message& record, Timeout timeo
     message taken;
     auto expected = detail::expectationFor(record.type, record.code);
     if (expected && expected->kind == detail::Expectation::Kind::Single) {
-        expected->onItem = [&taken](const message& item) { taken = item; };
+        expected->onItem = [&taken](const unsigned char* item) { std::memcpy(taken.bytes(), item, MESSAGE_SIZE); };
     }
     auto answer = call(record, std::move(expected), timeout, false);
     if (!answer) return answer.error();

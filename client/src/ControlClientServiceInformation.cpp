@@ -23,8 +23,8 @@ message siWithArgument(std::int32_t code, std::int32_t argument) {
     return record;
 }
 
-ProgramEvent programEventFrom(const message& record) {
-    program_event wire = program_event::decode(record.bytes() + SI_ITEM_OFFSET);
+ProgramEvent programEventFrom(const unsigned char* record) {
+    program_event wire = program_event::decode(record + SI_ITEM_OFFSET);
     ProgramEvent e;
     e.value0 = wire.value0;
     e.value1 = wire.value1;
@@ -72,7 +72,7 @@ Result<std::string> ControlClient::siCodingFormat(Timeout timeout) {
 Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) {
     std::vector<ProgramEvent> events;
     auto expected = detail::expectationFor(MSG_SI, SI_PROGRAM_EVENTS);
-    expected->onItem = [&events](const message& item) { events.push_back(programEventFrom(item)); };
+    expected->onItem = [&events](const unsigned char* item) { events.push_back(programEventFrom(item)); };
     auto answer = impl_->call(si(SI_PROGRAM_EVENTS), std::move(expected), timeout, false);
     if (!answer) return answer.error();
     for (std::size_t i = 0; i < events.size(); ++i) addTrailing(events[i], std::move(answer->trailing.at(i)));
@@ -82,7 +82,7 @@ Result<std::vector<ProgramEvent>> ControlClient::programEvents(Timeout timeout) 
 Result<std::optional<ProgramEvent>> ControlClient::programEvent(Timeout timeout) {
     auto answer = impl_->call(si(SI_PROGRAM_EVENT), timeout);
     if (!answer) return answer.error();
-    ProgramEvent event = programEventFrom(answer->records.front());
+    ProgramEvent event = programEventFrom(answer->records.front().bytes());
     addTrailing(event, std::move(answer->trailing.at(0)));
     if (event.value1 == -1) return std::optional<ProgramEvent>();
     return std::optional<ProgramEvent>(std::move(event));
@@ -115,8 +115,8 @@ Result<bool> ControlClient::isProtectedService(Timeout timeout) {
 Result<std::vector<Service>> ControlClient::services(Timeout timeout) {
     std::vector<Service> services;
     auto expected = detail::expectationFor(MSG_SI, SI_SERVICES);
-    expected->onItem = [&services](const message& item) {
-        service s = service::decode(item.bytes() + SI_ITEM_OFFSET);
+    expected->onItem = [&services](const unsigned char* item) {
+        service s = service::decode(item + SI_ITEM_OFFSET);
         services.push_back(Service{s.value0, s.value1, s.value2, s.value3, s.value4, std::move(s.text0)});
     };
     auto answer = impl_->call(si(SI_SERVICES), std::move(expected), timeout, false);

@@ -36,7 +36,8 @@ struct Expectation {
     // once and the answer keeps no record, only the items' trailing data (on
     // the calling thread, which reads its own answer). For a single record
     // without trailing data: takes that record, and the answer keeps none.
-    std::function<void(const message& item)> onItem;
+    // The record's 1960 bytes, valid during the call only.
+    std::function<void(const unsigned char* record)> onItem;
 };
 
 // The answer that the bridge gives to the request (type, code), as the

@@ -35,8 +35,30 @@ IoStatus StreamReader::read(void* data, std::size_t length, std::optional<Clock:
     }
 }
 
+const unsigned char* StreamReader::next(std::size_t length, std::optional<Clock::time_point> deadline,
+                                        IoStatus& status) {
+    status = IoStatus::Ok;
+    if (end_ - begin_ < length) {
+        // The part already here moves to the front, the rest is read after it.
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
+        while (end_ < length && status == IoStatus::Ok) status = receive(deadline);
+        if (status != IoStatus::Ok) return nullptr;
+    }
+    const unsigned char* bytes = buffer_.data() + begin_;
+    begin_ += length;
+    return bytes;
+}
+
 IoStatus StreamReader::fill(std::optional<Clock::time_point> deadline) {
-    while (begin_ == end_) {
+    if (begin_ != end_) return IoStatus::Ok;
+    begin_ = end_ = 0;
+    return receive(deadline);
+}
+
+IoStatus StreamReader::receive(std::optional<Clock::time_point> deadline) {
+    for (;;) {
         // A deadline is kept by the socket's receive time-out, so that the
         // wait is the recv itself (a poll first costs a system call and a
         // second wake-up path per answer).
@@ -52,7 +74,7 @@ IoStatus StreamReader::fill(std::optional<Clock::time_point> deadline) {
                 timeout_ = left;
             }
         }
-        const ssize_t got = ::recv(fd_, buffer_.data(), buffer_.size(), flags);
+        const ssize_t got = ::recv(fd_, buffer_.data() + end_, buffer_.size() - end_, flags);
         if (got == 0) return IoStatus::Closed;
         if (got < 0) {
             if (errno == EINTR) continue;
@@ -63,10 +85,9 @@ IoStatus StreamReader::fill(std::optional<Clock::time_point> deadline) {
             }
             return errno == ECONNRESET ? IoStatus::Closed : IoStatus::Failed;
         }
-        begin_ = 0;
-        end_ = static_cast<std::size_t>(got);
+        end_ += static_cast<std::size_t>(got);
+        return IoStatus::Ok;
     }
-    return IoStatus::Ok;
 }
 
 }  // namespace detail

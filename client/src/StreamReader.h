@@ -23,6 +23,11 @@ public:
     // `deadline` (none: for as long as it takes; a deadline past: only
     // looks). Closed, Failed or TimedOut when none came.
     IoStatus fill(std::optional<Clock::time_point> deadline);
+    // The next `length` bytes (at most the buffer's size) where they lie in
+    // the buffer, valid until the next read: a record decoded from here is
+    // never copied out first. Null when they did not all come, with
+    // `status` saying why (as read()).
+    const unsigned char* next(std::size_t length, std::optional<Clock::time_point> deadline, IoStatus& status);
     // Bytes read from the socket and not yet taken.
     std::size_t buffered() const { return end_ - begin_; }
     // Forgets buffered bytes (a new connection on `fd`).
@@ -33,6 +38,9 @@ public:
     }
 
 private:
+    // Reads what has arrived into the free space after the buffered bytes.
+    IoStatus receive(std::optional<Clock::time_point> deadline);
+
     int fd_;
     std::vector<unsigned char> buffer_;
     std::size_t begin_ = 0;  // unread bytes are buffer_[begin_, end_)

@@ -170,6 +170,38 @@ TEST_F(ControlFramingTest, ListItemsThatLookLikeEventsStayInTheirList) {
     EXPECT_EQ(graphics.size(), 0u);
 }
 
+// A list longer than the client's read buffer, arriving in pieces that cut
+// records anywhere: every item is read whole, in order.
+TEST_F(ControlFramingTest, AListCutAnywhereByTheStreamIsReadWhole) {
+    constexpr int ITEMS = 200;  // about 390 KB
+    serve([](FakeBridge& b) {
+        ASSERT_TRUE(b.receive());
+        std::vector<unsigned char> stream;
+        const auto append = [&stream](const message& r) { stream.insert(stream.end(), r.bytes(), r.bytes() + MESSAGE_SIZE); };
+        append(makeRecord(MSG_LIST_HEADER, ITEMS));
+        for (int i = 0; i < ITEMS; ++i) {
+            service s;
+            s.value0 = i;
+            s.text0 = "service " + std::to_string(i);
+            message item = makeRecord(MSG_SI, SI_SERVICES);
+            s.encode(item.bytes() + SI_ITEM_OFFSET);
+            append(item);
+        }
+        constexpr std::size_t PIECE = 777;
+        for (std::size_t at = 0, n = 0; at < stream.size(); at += PIECE, ++n) {
+            b.sendRaw(stream.data() + at, std::min(PIECE, stream.size() - at));
+            if (n % 40 == 0) std::this_thread::sleep_for(1ms);  // lets the client find a record cut short
+        }
+    });
+    auto services = client.services();
+    ASSERT_TRUE(services) << services.error().message();
+    ASSERT_EQ(services->size(), static_cast<std::size_t>(ITEMS));
+    for (int i = 0; i < ITEMS; ++i) {
+        ASSERT_EQ((*services)[i].value0, i);
+        ASSERT_EQ((*services)[i].text0, "service " + std::to_string(i));
+    }
+}
+
 TEST_F(ControlFramingTest, TrailingDataIsReadInStreamOrder) {
     serve([](FakeBridge& b) {
         // Program events: both records first, then each event's data.
