@@ -53,6 +53,16 @@ constexpr std::size_t READ_BUFFER = 256 * 1024;
 
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
 
+// Parts of one kind in the layout with the most of them.
+constexpr std::size_t partsOf(protocol::TrailingElement kind) {
+    std::size_t parts = 0;
+    for (const protocol::TrailingPart& part : protocol::PROGRAM_EVENT_TRAILING) parts += part.element == kind ? 1 : 0;
+    return parts;
+}
+static_assert(partsOf(protocol::TrailingElement::Bytes) <= TrailingData::MAX_PARTS &&
+                  partsOf(protocol::TrailingElement::Strings) <= TrailingData::MAX_PARTS,
+              "an item's trailing data fits its arrays");
+
 std::int32_t wordAt(const unsigned char* record, std::size_t offset) {
     std::int32_t word;
     std::memcpy(&word, record + offset, sizeof word);
@@ -362,27 +372,23 @@ std::optional<Error> Connection::readTrailing(const Expectation& expected, const
                                               Answer& answer) {
     if (expected.trailing == Trailing::None) return std::nullopt;
     TrailingData data;
-    const auto parts = protocol::trailingParts(expected.trailing);
-    data.bytes.reserve(parts.size());
-    data.strings.reserve(parts.size());
-    std::size_t i = 0;
-    for (const protocol::TrailingPart& part : parts) {
+    std::size_t i = 0, byteParts = 0, stringParts = 0;
+    for (const protocol::TrailingPart& part : protocol::trailingParts(expected.trailing)) {
         const std::uint32_t count = counts[i++];
         if (part.element == protocol::TrailingElement::Bytes) {
-            data.bytes.emplace_back();
-            if (auto fault = readBytes(count, data.bytes.back())) return fault;
+            if (auto fault = readBytes(count, data.bytes[byteParts++])) return fault;
             continue;
         }
         if (count > options_.maxStringsPerList) {
             return malformed("string list of " + std::to_string(count) + " strings exceeds the limit");
         }
-        data.strings.emplace_back();
+        std::vector<std::string>& strings = data.strings[stringParts++];
         for (std::uint32_t s = 0; s < count; ++s) {
             std::uint32_t length = 0;
             if (auto fault = readTrailingPiece(&length, sizeof length)) return fault;
             std::string text;
             if (auto fault = readBytes(length, text)) return fault;
-            data.strings.back().push_back(std::move(text));
+            strings.push_back(std::move(text));
         }
     }
     answer.trailing.push_back(std::move(data));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -50,9 +51,11 @@ std::string describeRecord(std::int32_t type, std::int32_t code);
 
 // The data after one record, in the order of its layout: a program event's
 // three byte lists and three string lists, or a descriptor's bytes (bytes[0]).
+// Fixed arrays, so that an item's data costs no allocation of its own.
 struct TrailingData {
-    std::vector<std::vector<std::uint8_t>> bytes;
-    std::vector<std::vector<std::string>> strings;
+    static constexpr std::size_t MAX_PARTS = 3;  // of each kind, as a program event has
+    std::array<std::vector<std::uint8_t>, MAX_PARTS> bytes;
+    std::array<std::vector<std::string>, MAX_PARTS> strings;
 };
 
 // An answer as read from the stream: the list header (for lists), the
