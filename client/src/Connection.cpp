@@ -63,12 +63,6 @@ static_assert(partsOf(protocol::TrailingElement::Bytes) <= TrailingData::MAX_PAR
                   partsOf(protocol::TrailingElement::Strings) <= TrailingData::MAX_PARTS,
               "an item's trailing data fits its arrays");
 
-std::int32_t wordAt(const unsigned char* record, std::size_t offset) {
-    std::int32_t word;
-    std::memcpy(&word, record + offset, sizeof word);
-    return word;
-}
-
 // Whether a record of `type` and `code` is an item of the list that
 // `expected` awaits, whose header announced `count` items.
 bool isItemOf(const Expectation& expected, std::int32_t type, std::int32_t code, std::int32_t count) {
@@ -364,7 +358,7 @@ Connection::TrailingCounts Connection::countOffsets(const Expectation& expected)
 
 Connection::TrailingCounts Connection::countsOf(const TrailingCounts& offsets, const unsigned char* record) {
     TrailingCounts counts{};
-    for (std::size_t i = 0; i < counts.size(); ++i) std::memcpy(&counts[i], record + offsets[i], sizeof counts[i]);
+    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = valueAt<std::uint32_t>(record, offsets[i]);
     return counts;
 }
 
@@ -505,8 +499,7 @@ std::optional<Error> Connection::readList(const Expectation& expected, const mes
     // Where the counts lie is looked up once, not per item.
     const TrailingCounts offsets = countOffsets(expected);
     // Items are stored (or decoded) as they arrive, never reserved by the
-    // announced count.
-    // Each item is taken where it lies in the read buffer, before the next read.
+    // announced count, each where it lies in the read buffer, before the next read.
     const auto take = [&](const unsigned char* item) -> std::optional<Error> {
         if (expected.trailing == Trailing::ProgramEvent) later.push_back(countsOf(offsets, item));
         if (expected.onItem) {
@@ -523,7 +516,7 @@ std::optional<Error> Connection::readList(const Expectation& expected, const mes
     for (std::size_t i = 1; i < count; ++i) {
         const unsigned char* item = nextItem(fault);
         if (!item) return fault;
-        const std::int32_t type = wordAt(item, TYPE_OFFSET), code = wordAt(item, CODE_OFFSET);
+        const auto type = valueAt<std::int32_t>(item, TYPE_OFFSET), code = valueAt<std::int32_t>(item, CODE_OFFSET);
         if (!isItemOf(expected, type, code, header.code)) {
             return malformed("item " + std::to_string(i) + " of a list is " + describeRecord(type, code));
         }

@@ -14,6 +14,18 @@ namespace tessarine {
 // The control record. Peers exchange it as raw memory in host byte order.
 // The area from `code` on is 8-byte aligned so that doubles in payloads sit
 // at multiples of 8 (for example at byte 16).
+// Copies a trivially copyable value out of raw record bytes at a byte
+// offset: the one reader for a record's fields, whether it lies in a
+// `message` or in a read buffer. memcpy keeps this free of alignment and
+// aliasing hazards.
+template <typename T>
+T valueAt(const unsigned char* record, std::size_t offset) {
+    static_assert(std::is_trivially_copyable<T>::value, "wire values are plain bytes");
+    T value;
+    std::memcpy(&value, record + offset, sizeof(T));
+    return value;
+}
+
 struct alignas(8) message {
     std::int32_t type;
     unsigned char padding[4];
@@ -26,14 +38,10 @@ struct alignas(8) message {
 
     void clear() { std::memset(bytes(), 0, MESSAGE_SIZE); }
 
-    // Copies a trivially copyable value out of / into the record at a byte
-    // offset. memcpy keeps this free of alignment and aliasing hazards.
+    // Copies a trivially copyable value out of / into the record at a byte offset.
     template <typename T>
     T get(std::size_t offset) const {
-        static_assert(std::is_trivially_copyable<T>::value, "wire values are plain bytes");
-        T value;
-        std::memcpy(&value, bytes() + offset, sizeof(T));
-        return value;
+        return valueAt<T>(bytes(), offset);
     }
     template <typename T>
     void put(std::size_t offset, const T& value) {
