@@ -31,10 +31,17 @@ network toWire(middlewarefacade::Network_ network);
 transport_stream toWire(const middlewarefacade::TransportStream_& stream);
 
 // Converts each record of a facade list, in order, moving what it can.
+// Each facade record is released as soon as it is converted: the allocator
+// then hands its memory straight to the next converted record, instead of
+// carving every record from fresh memory and merging the whole facade list
+// back afterwards.
 template <typename Record>
 auto toWire(std::list<Record> records) -> std::list<decltype(toWire(std::move(records.front())))> {
     std::list<decltype(toWire(std::move(records.front())))> converted;
-    for (Record& record : records) converted.push_back(toWire(std::move(record)));
+    while (!records.empty()) {
+        converted.push_back(toWire(std::move(records.front())));
+        records.pop_front();
+    }
     return converted;
 }
 
