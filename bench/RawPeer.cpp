@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "transport/UnixSocket.h"
+
 namespace tessarine {
 namespace bench {
 
@@ -36,6 +38,9 @@ RawPeer::RawPeer(std::size_t requestSize, std::vector<unsigned char> answer)
     }
     far_.reset(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (!far_.valid()) std::abort();
+    // The answering end as the bridge sets up its control connection: the
+    // baseline is the same socket, configured the same way.
+    unix_socket::setSendBuffer(far_.get(), unix_socket::CONTROL_SEND_BUFFER);
     thread_ = std::thread([this] { serve(); });
 }
 

@@ -54,6 +54,7 @@ void* IpcServer::run(void* self) {
 void IpcServer::serve() {
     running_.store(true);
     while (socket_.accept()) {
+        unix_socket::setSendBuffer(socket_.client(), unix_socket::CONTROL_SEND_BUFFER);
         {
             std::lock_guard<std::mutex> send(sendLock_);
             dropped_.store(false);

@@ -51,6 +51,8 @@ int acceptClient(int listenFd) {
     }
 }
 
+void setSendBuffer(int fd, int bytes) { ::setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes); }
+
 std::size_t sendAll(int fd, const void* data, std::size_t length, int stallLimitMs) {
     using Clock = std::chrono::steady_clock;
     const auto* bytes = static_cast<const unsigned char*>(data);

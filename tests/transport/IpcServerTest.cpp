@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -12,6 +13,7 @@
 #include "support/TempDir.h"
 #include "tessarine/IpcServer.h"
 #include "transport/AnswerStream.h"
+#include "transport/UnixSocket.h"
 
 namespace tessarine {
 namespace {
@@ -291,6 +293,35 @@ TEST_F(IpcServerTest, AnAnswerStartsToLeaveBeforeItIsFinished) {
     builder.join();
     EXPECT_EQ(received, TOTAL);
     EXPECT_FALSE(gaveUp) << "the first piece waited for the rest of the answer";
+}
+
+// A long answer is queued whole in the kernel while the client is busy, so the
+// server thread is free again without waiting on the client (it used to
+// sleep tens of times in a 10 000-service answer).
+TEST_F(IpcServerTest, AThousandRecordAnswerLeavesBeforeTheClientReads) {
+    int systemLimit = 0;
+    std::ifstream("/proc/sys/net/core/wmem_max") >> systemLimit;
+    if (systemLimit < unix_socket::CONTROL_SEND_BUFFER) GTEST_SKIP() << "net.core.wmem_max is " << systemLimit;
+    auto server = makeServer();
+    server->start();
+    ControlTestClient client(socketPath());
+    ASSERT_TRUE(listener.log.waitFor(1));
+
+    constexpr int TOTAL = 1000;
+    std::atomic<bool> sent{false};
+    std::thread builder([&] {
+        AnswerStream answer(*server);
+        const message item = makeRecord(MSG_SI, 6);
+        for (int i = 0; i < TOTAL; ++i) answer.add(item);
+        sent = answer.finish();
+    });
+    const auto giveUp = std::chrono::steady_clock::now() + 2s;
+    while (!sent && std::chrono::steady_clock::now() < giveUp) std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(sent) << "the server waited for the client to read";
+    int received = 0;
+    while (received < TOTAL && client.receive()) ++received;
+    builder.join();
+    EXPECT_EQ(received, TOTAL);
 }
 
 }  // namespace
