@@ -51,6 +51,9 @@ constexpr auto LONGEST_LOOK_AGAIN = std::chrono::milliseconds(8);
 // of a long list costs one recv (with 64 KiB, four).
 constexpr std::size_t READ_BUFFER = 256 * 1024;
 
+// What a stream that stops inside an answer means, closed or failed alike.
+constexpr const char* MID_ANSWER = "the connection ended in the middle of an answer";
+
 Error malformed(const std::string& detail) { return Error(ErrorCode::MalformedAnswer, detail); }
 
 // Parts of one kind in the layout with the most of them.
@@ -297,16 +300,14 @@ std::optional<Error> Connection::readArrived() {
 }
 
 std::optional<Error> Connection::readRecord(message& record, bool insideAnswer) {
-    const char* const middle = "the connection ended in the middle of an answer";
-    return readPiece(record.bytes(), MESSAGE_SIZE, insideAnswer ? middle : "the bridge closed the connection",
-                     insideAnswer ? middle : "the connection failed");
+    return readPiece(record.bytes(), MESSAGE_SIZE, insideAnswer ? MID_ANSWER : "the bridge closed the connection",
+                     insideAnswer ? MID_ANSWER : "the connection failed");
 }
 
 const unsigned char* Connection::nextItem(std::optional<Error>& fault) {
-    const char* const middle = "the connection ended in the middle of an answer";
     IoStatus status;
     const unsigned char* record = input_.next(MESSAGE_SIZE, deadline_, status);
-    fault = faultOf(status, middle, middle);
+    fault = faultOf(status, MID_ANSWER, MID_ANSWER);
     return record;
 }
 

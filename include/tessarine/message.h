@@ -11,9 +11,6 @@
 
 namespace tessarine {
 
-// The control record. Peers exchange it as raw memory in host byte order.
-// The area from `code` on is 8-byte aligned so that doubles in payloads sit
-// at multiples of 8 (for example at byte 16).
 // Copies a trivially copyable value out of raw record bytes at a byte
 // offset: the one reader for a record's fields, whether it lies in a
 // `message` or in a read buffer. memcpy keeps this free of alignment and
@@ -26,6 +23,9 @@ T valueAt(const unsigned char* record, std::size_t offset) {
     return value;
 }
 
+// The control record. Peers exchange it as raw memory in host byte order.
+// The area from `code` on is 8-byte aligned so that doubles in payloads sit
+// at multiples of 8 (for example at byte 16).
 struct alignas(8) message {
     std::int32_t type;
     unsigned char padding[4];
