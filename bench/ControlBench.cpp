@@ -313,8 +313,9 @@ void registerControlCases(bool smoke) {
 
     for (const auto& [name, kind] : {std::pair{"services", ListKind::Services},
                                      std::pair{"program_events", ListKind::ProgramEvents}}) {
-        for (const auto& [side, run] : {std::pair{"/bridge", bridgeList}, std::pair{"/raw", rawList},
-                                        std::pair{"/host", hostList}}) {
+        using ListCase = std::pair<const char*, void (*)(benchmark::State&, ListKind)>;
+        for (const auto& [side, run] : {ListCase{"/bridge", bridgeList}, ListCase{"/raw", rawList},
+                                        ListCase{"/host", hostList}}) {
             registerCase(smoke, std::string("list/") + name + side, run, kind)->RangeMultiplier(10)->Range(1, 10000);
         }
     }
